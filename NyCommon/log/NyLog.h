@@ -10,10 +10,10 @@ void NyLogInit();
 void NyLogFinal();
 uint32_t NyLogSetParam(const tagBlkLogParam* pParam);
 
-void NyLogEx(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line, const char* szFormat,
-             ...) __attribute__((format(printf, 4, 5)));
-void NyLogExW(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line,
-              const wchar_t* szFormat, ...);
+void NyLogEx(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line, const char* szFormat, ...)
+    __attribute__((format(printf, 4, 5)));
+void NyLogExW(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line, const wchar_t* szFormat,
+              ...);
 // Hex dump in records of at most 2048 bytes each; length 0 still logs one empty record.
 void NyLogByteArrayEx(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line,
                       const void* pvData, unsigned int u4Length);

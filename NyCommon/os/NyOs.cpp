@@ -16,10 +16,18 @@ uint64_t NyOsGetTickCount64() {
     return static_cast<uint64_t>(ts.tv_sec) * 1000 + static_cast<uint64_t>(ts.tv_nsec) / 1000000;
 }
 
-uint32_t NyOsGetTickCount() { return static_cast<uint32_t>(NyOsGetTickCount64()); }
+uint32_t NyOsGetTickCount() {
+    return static_cast<uint32_t>(NyOsGetTickCount64());
+}
 
-uint32_t NyOsGetCurrentPid() { return static_cast<uint32_t>(getpid()); }
+uint32_t NyOsGetCurrentPid() {
+    return static_cast<uint32_t>(getpid());
+}
 
-uint32_t NyOsGetCurrentTid() { return static_cast<uint32_t>(syscall(SYS_gettid)); }
+uint32_t NyOsGetCurrentTid() {
+    return static_cast<uint32_t>(syscall(SYS_gettid));
+}
 
-uint32_t NyOsGetLastError() { return static_cast<uint32_t>(errno); }
+uint32_t NyOsGetLastError() {
+    return static_cast<uint32_t>(errno);
+}

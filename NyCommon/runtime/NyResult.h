@@ -6,7 +6,7 @@
 
 constexpr uint32_t NY_OK = 0;
 constexpr uint32_t NY_ERR_OUT_OF_MEMORY = 0xE0600002;
-constexpr uint32_t NY_ERR_BAD_ARGUMENT = 0xE0600003;  // bad or missing argument, malformed data
+constexpr uint32_t NY_ERR_BAD_ARGUMENT = 0xE0600003;   // bad or missing argument, malformed data
 constexpr uint32_t NY_ERR_MEM_TOO_SMALL = 0xE0600004;  // NyMemCpy: destination smaller than count
 constexpr uint32_t NY_ERR_BUFFER_TOO_SMALL = 0xE0600005;  // the needed size is returned
 constexpr uint32_t NY_ERR_INVALID_ARGUMENT = 0xE0600007;  // invalid or unsupported argument

@@ -3,6 +3,7 @@
 
 #include "os/NyOs.h"
 #include "support/NyTestNames.h"
+#include "support/NyTestProcess.h"
 
 TEST(NyOs, TickCountIsMonotonicAndCountsMilliseconds) {
     uint64_t u8Before = NyOsGetTickCount64();
@@ -21,4 +22,15 @@ TEST(NyOs, ProcessAndThreadIdsOfTheMainThreadAgree) {
 
 TEST(NyTestSupport, UniqueNamesDiffer) {
     EXPECT_NE(NyTestUniqueName("x"), NyTestUniqueName("x"));
+}
+
+TEST(NyTestSupport, ForkedChildExitCodeAndKillAreReported) {
+    pid_t pid = NyTestForkChild([] { return 7; });
+    EXPECT_EQ(NyTestWaitChild(pid, 5000), 7);
+    pid_t pidSleeper = NyTestForkChild([] {
+        pause();
+        return 0;
+    });
+    EXPECT_EQ(NyTestWaitChild(pidSleeper, 50), -1);
+    NyTestKillChild(pidSleeper);
 }

@@ -1,0 +1,104 @@
+#include "support/NyTestProcess.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+unsigned long long MonotonicMs() {
+    struct timespec ts = {};
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<unsigned long long>(ts.tv_sec) * 1000ull + ts.tv_nsec / 1000000;
+}
+
+int DecodeStatus(int iStatus) {
+    if (WIFEXITED(iStatus)) {
+        return WEXITSTATUS(iStatus);
+    }
+    if (WIFSIGNALED(iStatus)) {
+        return 128 + WTERMSIG(iStatus);
+    }
+    return -1;
+}
+
+}  // namespace
+
+pid_t NyTestForkChild(const std::function<int()>& pfn) {
+    pid_t pid = fork();
+    if (pid == 0) {
+        _exit(pfn());
+    }
+    return pid;
+}
+
+pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile) {
+    if (vArgs.empty()) {
+        return -1;
+    }
+    std::vector<char*> vArgv;
+    for (const std::string& str : vArgs) {
+        vArgv.push_back(const_cast<char*>(str.c_str()));
+    }
+    vArgv.push_back(nullptr);
+    pid_t pid = fork();
+    if (pid == 0) {
+        if (!strOutputFile.empty()) {
+            int fd = open(strOutputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+            if (fd >= 0) {
+                dup2(fd, STDOUT_FILENO);
+                dup2(fd, STDERR_FILENO);
+                close(fd);
+            }
+        }
+        execv(vArgv[0], vArgv.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+int NyTestWaitChild(pid_t pid, unsigned int u4TimeoutMs) {
+    unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
+    for (;;) {
+        int iStatus = 0;
+        pid_t r = waitpid(pid, &iStatus, WNOHANG);
+        if (r == pid) {
+            return DecodeStatus(iStatus);
+        }
+        if (r < 0) {
+            return -1;
+        }
+        if (MonotonicMs() >= u8End) {
+            return -1;
+        }
+        usleep(2000);
+    }
+}
+
+void NyTestKillChild(pid_t pid) {
+    if (pid <= 0) {
+        return;
+    }
+    kill(pid, SIGKILL);
+    int iStatus = 0;
+    waitpid(pid, &iStatus, 0);
+}
+
+std::string NyTestBinPath(const std::string& strName) {
+    return std::string(NY_TEST_BIN_DIR) + "/" + strName;
+}
+
+bool NyTestWaitUntil(const std::function<bool()>& pfnCondition, unsigned int u4TimeoutMs) {
+    unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
+    for (;;) {
+        if (pfnCondition()) {
+            return true;
+        }
+        if (MonotonicMs() >= u8End) {
+            return pfnCondition();
+        }
+        usleep(5000);
+    }
+}

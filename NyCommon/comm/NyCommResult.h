@@ -1,0 +1,12 @@
+// Result codes of the request/response channel. The codes of the objects beneath it (time-out,
+// object missing, semaphore failure, ...) come from the ipc layer and pass through unchanged.
+#pragma once
+
+#include <cstdint>
+
+#include "runtime/NyResult.h"
+
+// Handle not in this process's channel table, server not connected, or table update failed.
+constexpr uint32_t NY_ERR_COMM_NOT_CONNECTED = 0xE060000C;
+// Request longer than the channel's data area (length + 256 > region size).
+constexpr uint32_t NY_ERR_COMM_REQUEST_TOO_LARGE = NY_ERR_MEM_TOO_SMALL;

@@ -1,0 +1,16 @@
+// The cross-process lock of a shared file: the file reference's in-process mutex, then the
+// exclusive byte-2 record lock; recursive per thread through an owner record.
+#pragma once
+
+#include <cstdint>
+
+struct BlkFileRefTag;
+
+struct BlkFileMutexOwnerTag {
+    uint32_t u4OwnerTid;  // 0: nobody in this process through this handle
+    uint32_t u4Count;     // recursion depth
+};
+
+uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs);
+// NY_ERR_NOT_OWNER when the calling thread does not own the lock.
+uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner);

@@ -1,0 +1,29 @@
+// Events on System V semaphores. A named event is a set of two semaphores under a key hashed
+// from its name: semaphore 0 is the state (1 set, 0 reset), semaphore 1 counts the processes
+// holding the event (each adds 1 with SEM_UNDO, so the kernel takes a dead holder's count back).
+// A nameless event is a private set of one semaphore.
+#pragma once
+
+#include <cstdint>
+
+#include "ipc/NyIpcHandle.h"
+#include "runtime/NyTypes.h"
+
+// Kinds of UnixName2Key and their prefixes.
+constexpr uint32_t NY_KEY_KIND_SEM = 1;    // "s."
+constexpr uint32_t NY_KEY_KIND_EVENT = 2;  // "e."
+constexpr uint32_t NY_KEY_KIND_MUTEX = 3;  // "m."
+
+// h = h * 131 + byte over the kind's prefix and the name, then AND 0x7FFFFFFF. Null or empty name:
+// 0 (nameless).
+uint32_t UnixName2Key(uint32_t u4Kind, const char* szName);
+
+uint32_t UnixEventCreate(const char* szName, EnBool* penCreated, NY_EVENT_HANDLE* phEvent);
+uint32_t UnixEventOpen(const char* szName, NY_EVENT_HANDLE* phEvent);
+uint32_t UnixEventSet(NY_EVENT_HANDLE hEvent);
+uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent);
+uint32_t UnixEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs);
+uint32_t UnixEventClose(NY_EVENT_HANDLE hEvent);
+
+// Decrements semaphore u4Index of iSemId by 1 with the time-out rules of NyEventWait.
+uint32_t UnixSemTimedWait(int iSemId, uint32_t u4Index, uint32_t u4TimeoutMs);

@@ -33,6 +33,9 @@ void CCommHeartBeat::Stop() {
     for (uint32_t u4Poll = 0; u4Poll < HEARTBEAT_STOP_POLLS && m_u4Left == 0; ++u4Poll) {
         NyOsSleep(1);
     }
+    // A moment for the thread to get from its last statement to its end, so that NyThreadEnd
+    // finds it ended at its first look instead of after its 100 ms pause.
+    NyOsSleep(1);
     NyThreadEnd(m_hThread);
     m_hThread = nullptr;
 }

@@ -223,11 +223,6 @@ TEST(NyLogFrontEnd, SetParamCodes) {
     EXPECT_EQ(capture.Messages(), std::vector<std::string>{"still logging"});
 }
 
-TEST(NyLogFrontEnd, BuiltInParameterSelectsTheSharedMemoryQueue) {
-    EXPECT_EQ(cg_blkLogParam.u4Mode, NY_LOG_MODE_SHM);
-    EXPECT_STREQ(cg_blkLogParam.szPath, "");
-}
-
 TEST(NyLogFrontEnd, ResultMacroLogsTheCodeAtLevel2WithThisFile) {
     CNyTestLogCapture capture;
     unsigned int u4Line = __LINE__ + 1;

@@ -40,9 +40,11 @@ TEST(NyLogFrontEnd, RecordCarriesLevelLineIdsAndEqualTimeStamps) {
     EXPECT_STREQ(blkItem.szMessage, "value 42 of x");
     EXPECT_EQ(blkItem.u4Pid, NyOsGetCurrentPid());
     EXPECT_EQ(blkItem.u4Tid, NyOsGetCurrentTid());
-    EXPECT_GE(blkItem.u8Time, u8Before);
-    EXPECT_LE(blkItem.u8Time, u8After);
-    EXPECT_EQ(blkItem.u8TimeCopy, blkItem.u8Time);
+    uint64_t u8Time = blkItem.u8Time;  // packed fields are read by value
+    uint64_t u8TimeCopy = blkItem.u8TimeCopy;
+    EXPECT_GE(u8Time, u8Before);
+    EXPECT_LE(u8Time, u8After);
+    EXPECT_EQ(u8TimeCopy, u8Time);
     // Everything not written is zero: the message tail and the reserved area.
     const uint8_t* pu1Item = reinterpret_cast<const uint8_t*>(&blkItem);
     for (size_t u = 152 + strlen(blkItem.szMessage); u < 4256; ++u) {

@@ -8,14 +8,8 @@
 #include <cerrno>
 #include <cstring>
 
-#include "ipc/NyUnixEvent.h"
+#include "ipc/NyIpcName.h"
 #include "os/NyOs.h"
-
-namespace {
-
-const char* const SZ_IPC_DIR = "/dev/shm/com.qorin.ipc/";
-
-}  // namespace
 
 BlkCommInitParamTag NyTestCommParam(const std::string& strName, uint32_t u4Capacity) {
     BlkCommInitParamTag blkParam = {};
@@ -82,8 +76,9 @@ int NyTestCommServe(const std::string& strName, uint32_t u4Requests, uint32_t u4
 
 std::vector<std::string> NyTestCommLeftovers(const std::string& strName) {
     std::vector<std::string> vLeft;
-    for (const std::string& strPath : {SZ_IPC_DIR + ("shm." + strName),
-                                       SZ_IPC_DIR + ("mtx." + strName + "_Mutex_Communication")}) {
+    std::string strDir = NY_IPC_DIRECTORY;
+    for (const std::string& strPath :
+         {strDir + "shm." + strName, strDir + "mtx." + strName + "_Mutex_Communication"}) {
         if (access(strPath.c_str(), F_OK) == 0) {
             vLeft.push_back(strPath);
         }

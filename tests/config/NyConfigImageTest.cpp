@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <regex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -62,10 +61,23 @@ protected:
     std::vector<uint32_t> m_vIds;
 };
 
-std::vector<std::string> AllMatches(const std::string& strText, const std::regex& re) {
+// The printf conversions of a text, in order ("%d", "%08x", ...).
+std::vector<std::string> Placeholders(const std::string& strText) {
     std::vector<std::string> v;
-    for (std::sregex_iterator it(strText.begin(), strText.end(), re), end; it != end; ++it) {
-        v.push_back(it->str());
+    for (size_t i = strText.find('%'); i != std::string::npos; i = strText.find('%', i)) {
+        size_t end = strText.find_first_not_of("-+ #0123456789.", i + 1);
+        end = end == std::string::npos ? strText.size() : end + 1;
+        v.push_back(strText.substr(i, end - i));
+        i = end;
+    }
+    return v;
+}
+
+// The "$(0x...)" references of a text, in order.
+std::vector<std::string> References(const std::string& strText) {
+    std::vector<std::string> v;
+    for (size_t i = strText.find("$(0x"); i != std::string::npos; i = strText.find("$(0x", i + 1)) {
+        v.push_back(strText.substr(i, strText.find(')', i) + 1 - i));
     }
     return v;
 }
@@ -131,23 +143,20 @@ TEST_F(NyConfigImage, EveryTextHasThreeVariantsStoredSimplifiedEnglishTraditiona
 }
 
 TEST_F(NyConfigImage, VariantsCarryTheSamePlaceholders) {
-    const std::regex rePlaceholder("%[-+ #0]*[0-9]*(\\.[0-9]+)?[a-zA-Z%]");
     size_t cPlaceholders = 0;
     for (uint32_t u4Id : TextIds()) {
-        std::vector<std::string> vZh = AllMatches(Raw(u4Id, NY_CFG_VARIANT_ZH_CN), rePlaceholder);
+        std::vector<std::string> vZh = Placeholders(Raw(u4Id, NY_CFG_VARIANT_ZH_CN));
         cPlaceholders += vZh.size();
-        EXPECT_EQ(AllMatches(Raw(u4Id, NY_CFG_VARIANT_EN), rePlaceholder), vZh) << std::hex << u4Id;
-        EXPECT_EQ(AllMatches(Raw(u4Id, NY_CFG_VARIANT_ZH_TW), rePlaceholder), vZh)
-            << std::hex << u4Id;
+        EXPECT_EQ(Placeholders(Raw(u4Id, NY_CFG_VARIANT_EN)), vZh) << std::hex << u4Id;
+        EXPECT_EQ(Placeholders(Raw(u4Id, NY_CFG_VARIANT_ZH_TW)), vZh) << std::hex << u4Id;
     }
     EXPECT_EQ(cPlaceholders, 12u) << "every %d and 0x%08x of the texts";
 }
 
 TEST_F(NyConfigImage, TraditionalChineseCarriesTheReferencesOfSimplifiedChinese) {
-    const std::regex reReference("\\$\\(0x[0-9A-Fa-f]*\\)");
     for (uint32_t u4Id : TextIds()) {
-        EXPECT_EQ(AllMatches(Raw(u4Id, NY_CFG_VARIANT_ZH_TW), reReference),
-                  AllMatches(Raw(u4Id, NY_CFG_VARIANT_ZH_CN), reReference))
+        EXPECT_EQ(References(Raw(u4Id, NY_CFG_VARIANT_ZH_TW)),
+                  References(Raw(u4Id, NY_CFG_VARIANT_ZH_CN)))
             << std::hex << u4Id;
     }
 }

@@ -113,3 +113,10 @@ void NyGuiTestShot(const std::string& strWindow, const std::string& strName) {
     mkdir(strDir.c_str(), 0755);
     EXPECT_TRUE(NyTestScreenshot(strWindow, strDir + "/" + strName + ".png"));
 }
+
+// Under the leak checker: fontconfig and cairo keep process-wide caches (font sets, surface
+// pools) that they never free; everything else must be released.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig.so\n"
+           "leak:libcairo.so\n";
+}

@@ -132,6 +132,39 @@ TEST_F(GUIBaseTest, BackgroundIsLightGreyForTheNormalState) {
     gdk_threads_leave();
 }
 
+namespace {
+
+struct BlkFocusSeen {
+    int nEvents = 0;
+    bool bIn = false;
+    bool bSent = false;
+    static gboolean OnFocusIn(GtkWidget*, GdkEventFocus* pEvent, gpointer pvSelf) {
+        BlkFocusSeen* pSelf = static_cast<BlkFocusSeen*>(pvSelf);
+        ++pSelf->nEvents;
+        pSelf->bIn = pEvent->in != 0;
+        pSelf->bSent = pEvent->send_event != 0;
+        return FALSE;
+    }
+};
+
+}  // namespace
+
+TEST_F(GUIBaseTest, FocusEventDeliversASentFocusInToTheWindow) {
+    GUIBase base;
+    BlkFocusSeen seen;
+    gdk_threads_enter();
+    GtkWidget* pWindow = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    gtk_widget_realize(pWindow);
+    g_signal_connect(pWindow, "focus-in-event", G_CALLBACK(BlkFocusSeen::OnFocusIn), &seen);
+    base.FocusEvent(gtk_widget_get_window(pWindow));
+    base.FocusEvent(nullptr);  // ignored
+    gtk_widget_destroy(pWindow);
+    gdk_threads_leave();
+    EXPECT_EQ(1, seen.nEvents);
+    EXPECT_TRUE(seen.bIn);
+    EXPECT_TRUE(seen.bSent);
+}
+
 TEST_F(GUIBaseTest, ResourceDirIsWhereTheResourcesWereInstalled) {
     char szDir[NY_GUI_PATH_SIZE];
     ASSERT_EQ(NY_OK, CBaseProbe::GetResourceDir(szDir));

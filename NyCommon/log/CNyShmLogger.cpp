@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <new>
 
 #include "ipc/NyMutex.h"
@@ -17,9 +18,20 @@ namespace {
 
 constexpr mode_t NY_SHMLOG_MODE = 0666;
 
+constexpr const char* NY_SHMLOG_MUTEX_PREFIX = "{NyMutexForShmLog";
+constexpr const char* NY_SHMLOG_MUTEX_SUFFIX = "}";
+
 char m_szDefaultQueue[NY_SHMLOG_NAME_SIZE] = {};
-char m_szDefaultMutex[NY_SHMLOG_NAME_SIZE] = {};
 uint32_t m_u4DefaultCapacity = 0;
+
+void MutexNameFor(const char* szQueueName, char* szMutex, size_t cchMutex) {
+    if (strcmp(szQueueName, NY_SHMLOG_QUEUE_NAME) == 0) {
+        NyStrCopy(szMutex, cchMutex, NY_SHMLOG_MUTEX_NAME);
+        return;
+    }
+    NyStrPrintf(szMutex, cchMutex, "%s%s%s", NY_SHMLOG_MUTEX_PREFIX, szQueueName,
+                NY_SHMLOG_MUTEX_SUFFIX);
+}
 
 // Opens the queue object: the existing one if it has exactly the expected length (anything else
 // is not ours, or its creator has not sized it yet), else a new one of that length.
@@ -52,13 +64,14 @@ int OpenQueueObject(const char* szName, size_t cbLength, bool& bExisting) {
 
 CNyShmLogger::CNyShmLogger()
     : CNyShmLogger(m_szDefaultQueue[0] != '\0' ? m_szDefaultQueue : NY_SHMLOG_QUEUE_NAME,
-                   m_szDefaultQueue[0] != '\0' ? m_szDefaultMutex : NY_SHMLOG_MUTEX_NAME,
                    m_szDefaultQueue[0] != '\0' ? m_u4DefaultCapacity : NY_SHMLOG_CAPACITY) {}
 
-CNyShmLogger::CNyShmLogger(const char* szQueueName, const char* szMutexName, uint32_t u4Capacity)
+CNyShmLogger::CNyShmLogger(const char* szQueueName, uint32_t u4Capacity)
     : m_u4Capacity(u4Capacity) {
     NyStrCopy(m_szQueueName, sizeof(m_szQueueName), szQueueName);
-    NyMutexCreate(szMutexName, &m_hMutex);
+    char szMutex[NY_SHMLOG_NAME_SIZE + 32] = {};
+    MutexNameFor(m_szQueueName, szMutex, sizeof(szMutex));
+    NyMutexCreate(szMutex, &m_hMutex);
     m_pQueue = new (std::nothrow) CLockfreeArrayQueue();
 }
 
@@ -70,16 +83,13 @@ CNyShmLogger::~CNyShmLogger() {
     delete m_pQueue;
 }
 
-void CNyShmLogger::SetDefaultTarget(const char* szQueueName, const char* szMutexName,
-                                    uint32_t u4Capacity) {
-    if (szQueueName == nullptr || szMutexName == nullptr) {
+void CNyShmLogger::SetDefaultTarget(const char* szQueueName, uint32_t u4Capacity) {
+    if (szQueueName == nullptr) {
         m_szDefaultQueue[0] = '\0';
-        m_szDefaultMutex[0] = '\0';
         m_u4DefaultCapacity = 0;
         return;
     }
     NyStrCopy(m_szDefaultQueue, sizeof(m_szDefaultQueue), szQueueName);
-    NyStrCopy(m_szDefaultMutex, sizeof(m_szDefaultMutex), szMutexName);
     m_u4DefaultCapacity = u4Capacity;
 }
 

@@ -26,16 +26,17 @@ class CNyShmLogger {
 public:
     // Attaches to the default queue: the machine-wide one unless SetDefaultTarget chose another.
     CNyShmLogger();
-    // Attaches to a queue of the given names and capacity (a power of two).
-    CNyShmLogger(const char* szQueueName, const char* szMutexName, uint32_t u4Capacity);
+    // Attaches to the queue of this name and capacity (a power of two). Every attachment to one
+    // queue uses the same mutex: the machine-wide one for the machine-wide queue, else one
+    // named after the queue.
+    CNyShmLogger(const char* szQueueName, uint32_t u4Capacity);
     virtual ~CNyShmLogger();
     CNyShmLogger(const CNyShmLogger&) = delete;
     CNyShmLogger& operator=(const CNyShmLogger&) = delete;
 
     // Seam for tests and tools: the queue that loggers constructed from now on attach to. A null
     // queue name restores the machine-wide queue. Call before the library starts.
-    static void SetDefaultTarget(const char* szQueueName, const char* szMutexName,
-                                 uint32_t u4Capacity);
+    static void SetDefaultTarget(const char* szQueueName, uint32_t u4Capacity);
 
     // True when attached (as a producer, or as a listening consumer when bListen).
     bool Connect(bool bListen);

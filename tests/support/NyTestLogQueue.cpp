@@ -9,9 +9,7 @@
 #include "support/NyTestNames.h"
 
 CNyTestLogQueue::CNyTestLogQueue(uint32_t u4Capacity)
-    : m_strQueue("/" + NyTestUniqueName("NyTestLog")),
-      m_strMutex(NyTestUniqueName("NyTestLogMutex")),
-      m_u4Capacity(u4Capacity) {}
+    : m_strQueue("/" + NyTestUniqueName("NyTestLog")), m_u4Capacity(u4Capacity) {}
 
 CNyTestLogQueue::~CNyTestLogQueue() {
     if (m_pvMapping != nullptr) {
@@ -21,7 +19,7 @@ CNyTestLogQueue::~CNyTestLogQueue() {
 }
 
 void CNyTestLogQueue::MakeDefault() const {
-    CNyShmLogger::SetDefaultTarget(m_strQueue.c_str(), m_strMutex.c_str(), m_u4Capacity);
+    CNyShmLogger::SetDefaultTarget(m_strQueue.c_str(), m_u4Capacity);
 }
 
 CLockfreeArrayQueue* CNyTestLogQueue::View() {

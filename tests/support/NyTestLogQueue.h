@@ -16,7 +16,6 @@ public:
     CNyTestLogQueue& operator=(const CNyTestLogQueue&) = delete;
 
     const char* QueueName() const { return m_strQueue.c_str(); }
-    const char* MutexName() const { return m_strMutex.c_str(); }
     uint32_t Capacity() const { return m_u4Capacity; }
 
     // Loggers constructed from now on in this process (the library's included) use this queue.
@@ -27,7 +26,6 @@ public:
 
 private:
     std::string m_strQueue;
-    std::string m_strMutex;
     uint32_t m_u4Capacity;
     void* m_pvMapping = nullptr;
     std::unique_ptr<CLockfreeArrayQueue> m_pView;

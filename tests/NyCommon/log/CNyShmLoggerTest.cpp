@@ -28,8 +28,7 @@ tagBlkLogItem MakeItem(uint32_t u4Sequence) {
 }
 
 std::unique_ptr<CNyShmLogger> MakeLogger(const CNyTestLogQueue& queue) {
-    return std::unique_ptr<CNyShmLogger>(
-        new CNyShmLogger(queue.QueueName(), queue.MutexName(), queue.Capacity()));
+    return std::unique_ptr<CNyShmLogger>(new CNyShmLogger(queue.QueueName(), queue.Capacity()));
 }
 
 // Line numbers of every record left in the ring, oldest first.

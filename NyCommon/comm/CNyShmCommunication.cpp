@@ -546,3 +546,18 @@ uint32_t CNyShmCommunication::DefaultResponse(NY_COMM_HANDLE hSession) {
     }
     return 0;
 }
+
+void CNyShmCommunication::ForkPrepare() {
+    m_lockStart.Lock();
+    m_sessionRecord.ForkPrepare();
+}
+
+void CNyShmCommunication::ForkParent() {
+    m_sessionRecord.ForkParent();
+    m_lockStart.Unlock();
+}
+
+void CNyShmCommunication::ForkChild() {
+    m_sessionRecord.ForkChild();
+    m_lockStart.ResetAfterFork();
+}

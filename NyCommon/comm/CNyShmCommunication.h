@@ -44,6 +44,11 @@ public:
     // command 2 is answered with signal 2 and no data (1); anything else is left alone (0).
     uint32_t DefaultResponse(NY_COMM_HANDLE hSession);
 
+    // fork() handlers: a child starts with no channels open (see CCommShmSessionRecord).
+    void ForkPrepare();
+    void ForkParent();
+    void ForkChild();
+
 private:
     class CChannelUse;
 

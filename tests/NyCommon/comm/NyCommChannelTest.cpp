@@ -422,3 +422,34 @@ TEST_F(NyCommChannel, NotificationWaitingBeforeTheClientWaitsIsDelivered) {
     EXPECT_EQ(Reap(pidClient), 0);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
 }
+
+TEST_F(NyCommChannel, ChildForkedWhileTheParentServesOpensTheChannelAfresh) {
+    NY_COMM_HANDLE hSession = nullptr;
+    ASSERT_EQ(NyCommConnectAsServer(&m_blkParam, &hSession), 0u);
+    std::vector<uint8_t> vRequest = Pattern(200, 8);
+    pid_t pidClient = Child([&] {
+        NY_COMM_HANDLE hClient = nullptr;
+        if (NyCommConnect(&m_blkParam, 500, &hClient) != 0) {
+            return 1;
+        }
+        std::vector<uint8_t> vAnswer(200);
+        if (NyCommCommit(hClient, vRequest.data(), 200, vAnswer.data(), 200) != 0) {
+            return 2;
+        }
+        if (vAnswer != NyTestCommAnswerFor(vRequest)) {
+            return 3;
+        }
+        return NyCommDisconnect(hClient) == 0 ? 0 : 4;
+    });
+    std::vector<uint8_t> vBuffer(COMM_DEFAULT_DATA_SIZE);
+    uint32_t u4Length = COMM_DEFAULT_DATA_SIZE;
+    ASSERT_EQ(ListenFor(hSession, &vBuffer, &u4Length), 0u);
+    vBuffer.resize(u4Length);
+    EXPECT_EQ(Answer(hSession, NyTestCommAnswerFor(vBuffer)), 0u);
+    EXPECT_EQ(Reap(pidClient), 0);
+    // The child's disconnect closed its own channel only: this one still beats.
+    EnBool bConnected = NY_FALSE;
+    EXPECT_EQ(NyCommIsConnected(hSession, &bConnected), 0u);
+    EXPECT_EQ(bConnected, NY_TRUE);
+    EXPECT_EQ(NyCommDisconnect(hSession), 0u);
+}

@@ -58,6 +58,8 @@ private:
     static uint32_t CheckInitParam(const BlkCommInitParamTag* pParam, NY_COMM_HANDLE* phSession);
     static uint32_t GenerateRecord(const BlkCommShmInitParamTag* pShmParam, uint32_t u4Global,
                                    void* pSecurity, bool bCreate, BlkCommShmInfoTag* pInfo);
+    static uint32_t GenerateRecordFor(const BlkCommInitParamTag& blkParam, bool bCreate,
+                                      BlkCommShmInfoTag* pInfo);
     static uint32_t OpenObjects(uint32_t u4Global, BlkCommShmInfoTag* pInfo);
     static void DestroyRecord(BlkCommShmInfoTag* pInfo);
     static uint32_t WriteMessage(const BlkCommShmInfoTag& blkInfo,

@@ -6,6 +6,9 @@
 
 #include "log/NyLogRecord.h"
 
+// The built-in logger configuration: mode 1 (the shared-memory queue), empty path.
+extern const tagBlkLogParam cg_blkLogParam;
+
 void NyLogInit();
 void NyLogFinal();
 uint32_t NyLogSetParam(const tagBlkLogParam* pParam);
@@ -22,6 +25,11 @@ void NyLogByteArrayEx(LOG_TYPE enLevel, const char* szSource, unsigned int u4Lin
 // it), whatever the mode. Lets tests see records without any machine-wide object.
 typedef void (*PFN_NY_LOG_SINK)(const tagBlkLogItem* pItem, void* pvContext);
 void NyLogSetSink(PFN_NY_LOG_SINK pfnSink, void* pvContext);
+
+// Test seam: the parameter NyLogInit applies instead of the built-in one (null restores it),
+// so that tests can start the library without attaching to the machine-wide log queue. The
+// parameter must outlive the next NyLogInit.
+void NyLogSetInitParam(const tagBlkLogParam* pParam);
 
 // The source path passed is the file's path relative to the project root.
 #define NY_LOG(level, ...) NyLogEx((level), __FILE__, __LINE__, __VA_ARGS__)

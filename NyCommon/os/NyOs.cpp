@@ -5,8 +5,14 @@
 #include <time.h>
 #include <unistd.h>
 
+// ms x 1000 microseconds, counted in 64 bits so that long sleeps do not wrap; a signal does
+// not cut the sleep short.
 uint32_t NyOsSleep(uint32_t u4Ms) {
-    usleep(static_cast<useconds_t>(u4Ms) * 1000);
+    uint64_t u8Micro = static_cast<uint64_t>(u4Ms) * 1000;
+    struct timespec tsLeft = {static_cast<time_t>(u8Micro / 1000000),
+                              static_cast<long>(u8Micro % 1000000) * 1000};
+    while (nanosleep(&tsLeft, &tsLeft) != 0 && errno == EINTR) {
+    }
     return 0;
 }
 

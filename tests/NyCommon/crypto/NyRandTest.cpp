@@ -1,0 +1,128 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <vector>
+
+#include "crypto/NyRand.h"
+#include "crypto/NyRandPool.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+std::vector<uint8_t> Draw(int32_t i4Len) {
+    std::vector<uint8_t> vOut(static_cast<size_t>(i4Len));
+    EXPECT_EQ(tinyRandBytesEx(vOut.data(), i4Len), NY_OK);
+    return vOut;
+}
+
+// A private pool marked as polled, holding only the given material.
+void SeedPrivatePool(tinycrypto::ny_rand_state_st* pState, const char* szSeed, double dEntropy) {
+    tinycrypto::md_rand_init(pState);
+    pState->bInitialised = true;
+    ASSERT_EQ(tinycrypto::md_rand_add(pState, szSeed, static_cast<int>(strlen(szSeed)), dEntropy),
+              1);
+}
+
+}  // namespace
+
+TEST(NyRand, NullBufferOrEmptyLengthIsRefusedUntouched) {
+    uint8_t au1Buf[8];
+    memset(au1Buf, 0xAA, sizeof(au1Buf));
+    EXPECT_EQ(tinyRandBytesEx(nullptr, 8), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(tinyRandBytesEx(au1Buf, 0), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(tinyRandBytesEx(au1Buf, -1), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(tinyRandSeed(nullptr, 8), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(tinyRandSeed(au1Buf, 0), NY_ERR_INVALID_ARGUMENT);
+    NyGetRand(nullptr, 8);
+    NyGetRand(au1Buf, 0);
+    EXPECT_EQ(std::vector<uint8_t>(au1Buf, au1Buf + 8), std::vector<uint8_t>(8, 0xAA));
+}
+
+TEST(NyRand, RequestsOfAnySizeAreFilledAndDiffer) {
+    for (int32_t i4Len : {16, 17, 33, 1000, 70000}) {
+        std::vector<uint8_t> vFirst = Draw(i4Len);
+        std::vector<uint8_t> vSecond = Draw(i4Len);
+        EXPECT_NE(vFirst, vSecond) << i4Len;
+        // The last 16 bytes are random too (a short final block is still drawn).
+        EXPECT_NE(std::vector<uint8_t>(vFirst.end() - 16, vFirst.end()),
+                  std::vector<uint8_t>(16, 0))
+            << i4Len;
+    }
+    EXPECT_EQ(tinyRandSeed("caller material", 15), NY_OK);
+    uint8_t au1Buf[32] = {};
+    NyGetRand(au1Buf, sizeof(au1Buf));
+    EXPECT_NE(std::vector<uint8_t>(au1Buf, au1Buf + 32), std::vector<uint8_t>(32, 0));
+    EXPECT_EQ(tinycrypto::RAND_status(), 1);
+}
+
+TEST(NyRand, ByteValuesAreSpreadEvenly) {
+    std::vector<uint8_t> vData = Draw(256 * 400);
+    std::vector<int> vCounts(256, 0);
+    for (uint8_t u1 : vData) {
+        ++vCounts[u1];
+    }
+    // Expected 400 per value; a bias of this size would be a broken pool, not chance.
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_GT(vCounts[i], 250) << i;
+        EXPECT_LT(vCounts[i], 550) << i;
+    }
+}
+
+TEST(NyRand, ForkedChildDoesNotRepeatItsParent) {
+    Draw(16);  // the pool is seeded before the fork
+    int aiPipe[2];
+    ASSERT_EQ(pipe(aiPipe), 0);
+    pid_t pid = NyTestForkChild([&] {
+        uint8_t au1Child[16];
+        if (tinyRandBytesEx(au1Child, 16) != NY_OK) {
+            return 1;
+        }
+        return write(aiPipe[1], au1Child, 16) == 16 ? 0 : 2;
+    });
+    ASSERT_GT(pid, 0);
+    std::vector<uint8_t> vParent = Draw(16);
+    EXPECT_EQ(NyTestWaitChild(pid, 10000), 0);
+    std::vector<uint8_t> vChild(16);
+    EXPECT_EQ(read(aiPipe[0], vChild.data(), 16), 16);
+    close(aiPipe[0]);
+    close(aiPipe[1]);
+    EXPECT_NE(vChild, vParent);
+}
+
+TEST(NyRandPool, OutputFollowsTheStirredMaterial) {
+    tinycrypto::ny_rand_state_st blkA, blkB, blkC;
+    SeedPrivatePool(&blkA, "the same material, 32 bytes long", 32);
+    SeedPrivatePool(&blkB, "the same material, 32 bytes long", 32);
+    SeedPrivatePool(&blkC, "other material of the same size!", 32);
+    unsigned char au1A[40], au1B[40], au1C[40];
+    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkA, au1A, 40), 1);
+    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkB, au1B, 40), 1);
+    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkC, au1C, 40), 1);
+    EXPECT_EQ(memcmp(au1A, au1B, 40), 0);
+    EXPECT_NE(memcmp(au1A, au1C, 40), 0);
+    // Drawing moves the pool on: the next output differs; extra seed changes it again.
+    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkA, au1A, 40), 1);
+    EXPECT_NE(memcmp(au1A, au1B, 40), 0);
+    ASSERT_EQ(tinycrypto::md_rand_seed(&blkB, "x", 1), 1);
+    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkB, au1B, 40), 1);
+    EXPECT_NE(memcmp(au1A, au1B, 40), 0);
+    tinycrypto::md_rand_deinit(&blkA);
+    tinycrypto::md_rand_deinit(&blkB);
+    tinycrypto::md_rand_deinit(&blkC);
+}
+
+TEST(NyRandPool, RefusesToDeliverWithoutEnoughEntropy) {
+    tinycrypto::ny_rand_state_st blkState;
+    SeedPrivatePool(&blkState, "caller material counts for nothing", 0);
+    unsigned char au1Out[16];
+    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 0);
+    ASSERT_EQ(tinycrypto::md_rand_add(&blkState, "0123456789abcdef0123456789abcdef", 32, 32), 1);
+    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 1);
+    // An unpolled pool polls the kernel on first use.
+    tinycrypto::md_rand_init(&blkState);
+    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 1);
+    EXPECT_TRUE(blkState.bInitialised);
+    tinycrypto::md_rand_deinit(&blkState);
+}

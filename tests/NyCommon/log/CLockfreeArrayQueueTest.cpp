@@ -1,0 +1,379 @@
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mman.h>
+
+#include <cstring>
+#include <vector>
+
+#include "log/CLockfreeArrayQueue.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+// A ring in anonymous shared memory: visible to forked children, gone with the last mapping.
+class CTestRing {
+public:
+    explicit CTestRing(uint32_t u4Capacity)
+        : m_cbLength(CLockfreeArrayQueue::CalcBufferLen(u4Capacity)) {
+        void* pv =
+            mmap(nullptr, m_cbLength, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        m_pu1 = pv == MAP_FAILED ? nullptr : static_cast<uint8_t*>(pv);
+        if (m_pu1 != nullptr) {
+            m_bAttached = m_queue.Initialize(m_pu1, m_cbLength, u4Capacity, false);
+        }
+    }
+    ~CTestRing() {
+        if (m_pu1 != nullptr) {
+            munmap(m_pu1, m_cbLength);
+        }
+    }
+    CLockfreeArrayQueue& Queue() { return m_queue; }
+    BlkLockfreeQueueTag* Header() { return reinterpret_cast<BlkLockfreeQueueTag*>(m_pu1); }
+    uint8_t* Buffer() { return m_pu1; }
+    size_t Length() const { return m_cbLength; }
+    bool Attached() const { return m_bAttached; }
+
+private:
+    size_t m_cbLength;
+    uint8_t* m_pu1 = nullptr;
+    bool m_bAttached = false;
+    CLockfreeArrayQueue m_queue;
+};
+
+tagBlkLogItem MakeItem(uint32_t u4Producer, uint32_t u4Sequence) {
+    tagBlkLogItem item;
+    memset(&item, 0, sizeof(item));
+    item.u4Level = LOG_INFO;
+    item.u4Pid = u4Producer;
+    item.u4Line = u4Sequence;
+    snprintf(item.szMessage, sizeof(item.szMessage), "record %u of %u", u4Sequence, u4Producer);
+    memset(item.au1Reserved, static_cast<int>(u4Sequence & 0xFF), sizeof(item.au1Reserved));
+    return item;
+}
+
+void PushSequence(CLockfreeArrayQueue& queue, uint32_t u4First, uint32_t u4Count) {
+    for (uint32_t i = 0; i < u4Count; ++i) {
+        tagBlkLogItem item = MakeItem(0, u4First + i);
+        ASSERT_EQ(queue.Push(item), NY_LFQ_OK) << "record " << u4First + i;
+    }
+}
+
+// Pops up to u4Max records and returns their sequence numbers.
+std::vector<uint32_t> PopLines(CLockfreeArrayQueue& queue, unsigned int u4Max) {
+    std::vector<tagBlkLogItem> vItems(u4Max);
+    unsigned int u4Count = u4Max;
+    std::vector<uint32_t> vLines;
+    if (queue.Pop(vItems.data(), u4Count) == NY_LFQ_OK) {
+        for (unsigned int i = 0; i < u4Count; ++i) {
+            vLines.push_back(vItems[i].u4Line);
+        }
+    }
+    return vLines;
+}
+
+}  // namespace
+
+TEST(CLockfreeArrayQueue, BufferLengthIsSlotsPlusHeaderPlusOneSpareByte) {
+    const struct {
+        uint32_t u4Capacity;
+        size_t cbExpected;
+    } aCases[] = {{0, 0}, {1, 5185}, {4, 20545}, {32768, 167772225}};
+    for (const auto& c : aCases) {
+        EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(c.u4Capacity), c.cbExpected)
+            << "capacity " << c.u4Capacity;
+    }
+}
+
+TEST(CLockfreeArrayQueue, InitializeRefusesBadBuffersAndLeavesThemUntouched) {
+    CTestRing ring(8);
+    ASSERT_TRUE(ring.Attached());
+    ring.Queue().Finalize();
+    const size_t cbFor4 = CLockfreeArrayQueue::CalcBufferLen(4);
+    const struct {
+        const char* szCase;
+        bool bNullBuffer;
+        size_t cbLength;
+        uint32_t u4Capacity;
+        bool bExisting;
+    } aCases[] = {
+        {"null buffer", true, cbFor4, 4, false},
+        {"capacity 0", false, cbFor4, 0, false},
+        {"capacity 3", false, CLockfreeArrayQueue::CalcBufferLen(3), 3, false},
+        {"one byte short", false, cbFor4 - 1, 4, false},
+        {"one byte long", false, cbFor4 + 1, 4, false},
+        {"existing with another capacity", false, cbFor4, 4, true},
+    };
+    for (const auto& c : aCases) {
+        ring.Buffer()[100] = 0xAB;
+        CLockfreeArrayQueue queue;
+        EXPECT_FALSE(queue.Initialize(c.bNullBuffer ? nullptr : ring.Buffer(), c.cbLength,
+                                      c.u4Capacity, c.bExisting))
+            << c.szCase;
+        EXPECT_FALSE(queue.CheckBuffer()) << c.szCase;
+        EXPECT_EQ(ring.Buffer()[100], 0xAB) << c.szCase;
+        EXPECT_EQ(ring.Header()->u4Capacity, 8u) << c.szCase;
+    }
+}
+
+TEST(CLockfreeArrayQueue, SecondViewAttachesToExistingRingOnlyWhenDetached) {
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 2);
+
+    EXPECT_FALSE(ring.Queue().Initialize(ring.Buffer(), ring.Length(), 4, true));
+    CLockfreeArrayQueue view;
+    ASSERT_TRUE(view.Initialize(ring.Buffer(), ring.Length(), 4, true));
+    EXPECT_EQ(view.Count(), 2u);
+    EXPECT_EQ(PopLines(view, 10), (std::vector<uint32_t>{0, 1}));
+
+    ring.Header()->u4Capacity = 0;
+    CLockfreeArrayQueue late;
+    EXPECT_FALSE(late.Initialize(ring.Buffer(), ring.Length(), 4, true));
+}
+
+TEST(CLockfreeArrayQueue, RingOfCapacityFourHoldsThree) {
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 3);
+    tagBlkLogItem item = MakeItem(0, 3);
+    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_FULL);
+    EXPECT_EQ(ring.Queue().Count(), 3u);
+
+    EXPECT_EQ(PopLines(ring.Queue(), 1), std::vector<uint32_t>{0});
+    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_OK);
+    EXPECT_EQ(PopLines(ring.Queue(), 10), (std::vector<uint32_t>{1, 2, 3}));
+}
+
+TEST(CLockfreeArrayQueue, PopCopiesWholeRecordsInOrderAndReportsEmpty) {
+    CTestRing ring(8);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 3);
+
+    std::vector<tagBlkLogItem> vOut(10);
+    unsigned int u4Count = 10;
+    ASSERT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_OK);
+    ASSERT_EQ(u4Count, 3u);
+    for (uint32_t i = 0; i < 3; ++i) {
+        tagBlkLogItem expected = MakeItem(0, i);
+        EXPECT_EQ(memcmp(&vOut[i], &expected, sizeof(expected)), 0) << "record " << i;
+    }
+
+    u4Count = 10;
+    EXPECT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_EMPTY);
+    EXPECT_EQ(u4Count, 0u);
+    PushSequence(ring.Queue(), 3, 1);
+    u4Count = 0;
+    EXPECT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_INVALID);
+    EXPECT_EQ(ring.Queue().Count(), 1u);
+}
+
+TEST(CLockfreeArrayQueue, BatchesThatCrossTheRingEndKeepTheirOrder) {
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    uint32_t u4Next = 0;
+    std::vector<uint32_t> vSeen;
+    for (int iRound = 0; iRound < 6; ++iRound) {
+        PushSequence(ring.Queue(), u4Next, 3);
+        u4Next += 3;
+        std::vector<uint32_t> v = PopLines(ring.Queue(), 10);
+        vSeen.insert(vSeen.end(), v.begin(), v.end());
+    }
+    ASSERT_EQ(vSeen.size(), 18u);
+    for (uint32_t i = 0; i < 18; ++i) {
+        EXPECT_EQ(vSeen[i], i);
+    }
+}
+
+TEST(CLockfreeArrayQueue, PositionsWrapAroundTheThirtyTwoBitRange) {
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    ring.Header()->u4Reserve = ring.Header()->u4Read = ring.Header()->u4Commit = 0xFFFFFFFEu;
+    PushSequence(ring.Queue(), 0, 3);
+    tagBlkLogItem item = MakeItem(0, 3);
+    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_FULL);
+    EXPECT_EQ(ring.Header()->u4Commit, 1u);
+    EXPECT_EQ(PopLines(ring.Queue(), 10), (std::vector<uint32_t>{0, 1, 2}));
+    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_OK);
+}
+
+TEST(CLockfreeArrayQueue, DiscardDropsOnlyCommittedRecordsOldestFirst) {
+    const struct {
+        uint32_t u4Stored;
+        uint32_t u4Discard;
+        uint32_t u4Result;
+        std::vector<uint32_t> vLeft;
+    } aCases[] = {
+        {2, 5, 1, {}},  {0, 5, 1, {}},   {3, 0, 1, {0, 1, 2}},
+        {3, 2, 1, {2}}, {7, 100, 1, {}}, {5, 3, 1, {3, 4}},
+    };
+    for (const auto& c : aCases) {
+        CTestRing ring(8);
+        ASSERT_TRUE(ring.Attached());
+        PushSequence(ring.Queue(), 0, c.u4Stored);
+        EXPECT_EQ(ring.Queue().Discard(c.u4Discard), c.u4Result)
+            << c.u4Stored << " stored, discard " << c.u4Discard;
+        EXPECT_EQ(PopLines(ring.Queue(), 10), c.vLeft)
+            << c.u4Stored << " stored, discard " << c.u4Discard;
+    }
+
+    CTestRing ring(8);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 2);
+    ring.Header()->u4Reserve = 3;  // a third claim, not yet committed
+    EXPECT_EQ(ring.Queue().Discard(3), 1u);
+    EXPECT_EQ(ring.Header()->u4Read, 2u);
+}
+
+TEST(CLockfreeArrayQueue, EveryOperationIsANoOpOnAnInvalidHeader) {
+    CLockfreeArrayQueue detached;
+    tagBlkLogItem item = MakeItem(0, 0);
+    unsigned int u4Count = 1;
+    EXPECT_EQ(detached.Push(item), NY_LFQ_INVALID);
+    EXPECT_EQ(detached.Pop(&item, u4Count), NY_LFQ_INVALID);
+    EXPECT_EQ(u4Count, 0u);
+    EXPECT_EQ(detached.Discard(1), 0u);
+    EXPECT_EQ(detached.Count(), 0u);
+    EXPECT_FALSE(detached.AddConsumerListeningCount());
+
+    // Another party re-stamps the shared header with a different capacity.
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 1);
+    ring.Header()->u4Capacity = 8;
+    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_INVALID);
+    u4Count = 1;
+    EXPECT_EQ(ring.Queue().Pop(&item, u4Count), NY_LFQ_INVALID);
+    EXPECT_EQ(ring.Queue().Discard(1), 0u);
+    ring.Queue().AddConsumerHeartbeatCount();
+    EXPECT_EQ(ring.Header()->u4Heartbeat, 0u);
+    EXPECT_EQ(ring.Header()->u4Reserve, 1u);
+    EXPECT_EQ(ring.Header()->u4Read, 0u);
+}
+
+TEST(CLockfreeArrayQueue, ConsumerCountersSaturateAndReset) {
+    CTestRing ring(4);
+    ASSERT_TRUE(ring.Attached());
+    CLockfreeArrayQueue& queue = ring.Queue();
+    EXPECT_FALSE(queue.SubConsumerListeningCount());
+    EXPECT_EQ(queue.GetConsumerListeningCount(), 0u);
+    EXPECT_TRUE(queue.AddConsumerListeningCount());
+    EXPECT_TRUE(queue.AddConsumerListeningCount());
+    EXPECT_TRUE(queue.SubConsumerListeningCount());
+    EXPECT_EQ(queue.GetConsumerListeningCount(), 1u);
+
+    ring.Header()->u4Listening = 0xFFFFFFFEu;
+    EXPECT_TRUE(queue.AddConsumerListeningCount());
+    EXPECT_FALSE(queue.AddConsumerListeningCount());
+    EXPECT_EQ(queue.GetConsumerListeningCount(), 0xFFFFFFFFu);
+    EXPECT_TRUE(queue.ResetConsumerListeningCount());
+    EXPECT_EQ(queue.GetConsumerListeningCount(), 0u);
+
+    for (int i = 0; i < 3; ++i) {
+        queue.AddConsumerHeartbeatCount();
+    }
+    EXPECT_EQ(queue.GetConsumerHeartbeatCount(), 3u);
+}
+
+TEST(CLockfreeArrayQueue, ProducerKilledBetweenClaimAndCommitDelaysOthersOnlyBriefly) {
+    CTestRing ring(8);
+    ASSERT_TRUE(ring.Attached());
+    PushSequence(ring.Queue(), 0, 1);
+    BlkLockfreeQueueTag* pHeader = ring.Header();
+    pid_t pid = NyTestForkChild([pHeader] {
+        // Claim slot 1 the way a producer does, then never commit it.
+        uint32_t u4Expected = 1;
+        if (!__atomic_compare_exchange_n(&pHeader->u4Reserve, &u4Expected, 2, false,
+                                         __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST)) {
+            return 1;
+        }
+        for (;;) {
+            pause();
+        }
+    });
+    ASSERT_GT(pid, 0);
+    ASSERT_TRUE(NyTestWaitUntil([pHeader] { return pHeader->u4Reserve == 2; }, 5000));
+    NyTestKillChild(pid);
+
+    // The next push, in a process of its own so that a hang shows as a time-out.
+    CLockfreeArrayQueue* pQueue = &ring.Queue();
+    pid_t pidPusher = NyTestForkChild([pQueue] {
+        tagBlkLogItem item = MakeItem(0, 2);
+        return pQueue->Push(item) == NY_LFQ_OK ? 0 : 1;
+    });
+    int iExit = NyTestWaitChild(pidPusher, 5000);
+    if (iExit == -1) {
+        NyTestKillChild(pidPusher);
+    }
+    EXPECT_EQ(iExit, 0);
+    EXPECT_EQ(pHeader->u4Reserve, 3u);
+    EXPECT_EQ(pHeader->u4Commit, 3u);
+    std::vector<uint32_t> vLines = PopLines(ring.Queue(), 10);
+    ASSERT_EQ(vLines.size(), 3u);
+    EXPECT_EQ(vLines[0], 0u);
+    EXPECT_EQ(vLines[2], 2u);  // the dead producer's slot is skipped over, not reused
+}
+
+TEST(CLockfreeArrayQueue, ProducerProcessesLoseNothingAndKeepTheirOrder) {
+    constexpr uint32_t u4Producers = 3;
+    constexpr uint32_t u4PerProducer = 4000;
+    CTestRing ring(64);
+    ASSERT_TRUE(ring.Attached());
+    CLockfreeArrayQueue* pQueue = &ring.Queue();
+
+    std::vector<pid_t> vPids;
+    for (uint32_t p = 0; p < u4Producers; ++p) {
+        vPids.push_back(NyTestForkChild([pQueue, p] {
+            for (uint32_t s = 0; s < u4PerProducer; ++s) {
+                tagBlkLogItem item = MakeItem(p, s);
+                int32_t i4Result;
+                while ((i4Result = pQueue->Push(item)) == NY_LFQ_FULL) {
+                    sched_yield();
+                }
+                if (i4Result != NY_LFQ_OK) {
+                    return 1;
+                }
+            }
+            return 0;
+        }));
+        ASSERT_GT(vPids.back(), 0);
+    }
+
+    // Each record must be the next one of its producer, byte for byte.
+    std::vector<uint32_t> vNext(u4Producers, 0);
+    uint32_t u4Total = 0;
+    uint32_t u4Faults = 0;
+    auto check = [&](const tagBlkLogItem& item) {
+        ++u4Total;
+        if (item.u4Pid >= u4Producers) {
+            ++u4Faults;
+            return;
+        }
+        tagBlkLogItem expected = MakeItem(item.u4Pid, vNext[item.u4Pid]);
+        if (memcmp(&item, &expected, sizeof(item)) != 0) {
+            ++u4Faults;
+        }
+        vNext[item.u4Pid] = item.u4Line + 1;
+    };
+    std::vector<tagBlkLogItem> vBatch(16);
+    NyTestWaitUntil(
+        [&] {
+            unsigned int u4Count = static_cast<unsigned int>(vBatch.size());
+            while (pQueue->Pop(vBatch.data(), u4Count) == NY_LFQ_OK) {
+                for (unsigned int i = 0; i < u4Count; ++i) {
+                    check(vBatch[i]);
+                }
+                u4Count = static_cast<unsigned int>(vBatch.size());
+            }
+            return u4Total >= u4Producers * u4PerProducer;
+        },
+        120000);
+
+    for (pid_t pid : vPids) {
+        EXPECT_EQ(NyTestWaitChild(pid, 10000), 0);
+    }
+    EXPECT_EQ(u4Faults, 0u);
+    EXPECT_EQ(u4Total, u4Producers * u4PerProducer);
+    for (uint32_t p = 0; p < u4Producers; ++p) {
+        EXPECT_EQ(vNext[p], u4PerProducer) << "producer " << p;
+    }
+}

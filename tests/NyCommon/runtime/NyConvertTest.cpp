@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "runtime/NyConvert.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestLogCapture.h"
+
+TEST(NyConvert, Hex2AscWritesUpperCaseDigitsAndNul) {
+    struct {
+        std::vector<uint8_t> vData;
+        const char* szHex;
+    } aCases[] = {{{}, ""},
+                  {{0x00}, "00"},
+                  {{0xFF, 0x0A, 0xB1, 0x5C}, "FF0AB15C"},
+                  {{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}, "0123456789ABCDEF"}};
+    for (const auto& c : aCases) {
+        std::vector<char> vOut(2 * c.vData.size() + 2, '#');
+        NyHex2Asc(c.vData.data(), static_cast<uint32_t>(c.vData.size()), vOut.data());
+        EXPECT_STREQ(vOut.data(), c.szHex);
+        EXPECT_EQ(vOut.back(), '#') << "wrote past 2 * length + 1";
+    }
+}
+
+TEST(NyConvert, WideToMultiByteByCodePage) {
+    const wchar_t* szWide = L"A\u4E2D";  // 'A' and the CJK character for "middle"
+    struct {
+        uint32_t u4CodePage;
+        std::string strExpected;
+    } aCases[] = {{NY_CP_UTF8_DEFAULT, "A\xE4\xB8\xAD"},
+                  {NY_CP_UTF8, "A\xE4\xB8\xAD"},
+                  {NY_CP_GB18030, "A\xD6\xD0"},
+                  {NY_CP_BIG5, "A\xA4\xA4"}};
+    for (const auto& c : aCases) {
+        char szOut[16];
+        memset(szOut, '#', sizeof(szOut));
+        uint32_t u4Len = sizeof(szOut);
+        EXPECT_EQ(NyWideCharToMultiByte(szWide, c.u4CodePage, szOut, &u4Len), NY_OK);
+        EXPECT_EQ(std::string(szOut), c.strExpected) << c.u4CodePage;
+        EXPECT_EQ(u4Len, c.strExpected.size() + 1) << c.u4CodePage;
+    }
+}
+
+TEST(NyConvert, MultiByteToWideByCodePage) {
+    struct {
+        uint32_t u4CodePage;
+        const char* szMulti;
+    } aCases[] = {{NY_CP_UTF8_DEFAULT, "A\xE4\xB8\xAD"},
+                  {NY_CP_UTF8, "A\xE4\xB8\xAD"},
+                  {NY_CP_GB18030, "A\xD6\xD0"},
+                  {NY_CP_BIG5, "A\xA4\xA4"}};
+    for (const auto& c : aCases) {
+        wchar_t szOut[8];
+        wmemset(szOut, L'#', 8);
+        uint32_t u4Len = 8;
+        EXPECT_EQ(NyMultiByteToWideChar(c.szMulti, c.u4CodePage, szOut, &u4Len), NY_OK);
+        EXPECT_EQ(std::wstring(szOut), std::wstring(L"A\u4E2D")) << c.u4CodePage;
+        EXPECT_EQ(u4Len, 3u) << c.u4CodePage;
+    }
+}
+
+TEST(NyConvert, SizeQueryAndTooSmallBufferReportTheNeededSize) {
+    const wchar_t* szWide = L"\u4E2D\u6587";  // 6 bytes of UTF-8, plus the NUL
+    uint32_t u4Len = 0;
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, nullptr, &u4Len), NY_OK);
+    EXPECT_EQ(u4Len, 7u);
+
+    char szOut[7];
+    memset(szOut, '#', sizeof(szOut));
+    u4Len = 6;
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &u4Len), NY_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(u4Len, 7u);
+    EXPECT_EQ(szOut[0], '\0') << "a refused conversion leaves an empty text";
+    EXPECT_EQ(szOut[6], '#') << "wrote past the capacity";
+
+    u4Len = 7;
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &u4Len), NY_OK);
+    EXPECT_EQ(u4Len, 7u);
+
+    u4Len = 0;
+    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, nullptr, &u4Len), NY_OK);
+    EXPECT_EQ(u4Len, 4u);  // wide characters, NUL included
+    wchar_t szWideOut[4];
+    u4Len = 3;
+    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, szWideOut, &u4Len), NY_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(u4Len, 4u);
+}
+
+TEST(NyConvert, LongTextConvertsWhole) {
+    std::wstring strWide;
+    for (int i = 0; i < 3000; ++i) {
+        strWide += (i % 2) ? L'\u6587' : L'x';
+    }
+    std::vector<char> vOut(3 * 3000 + 1);
+    uint32_t u4Len = static_cast<uint32_t>(vOut.size());
+    ASSERT_EQ(NyWideCharToMultiByte(strWide.c_str(), NY_CP_GB18030, vOut.data(), &u4Len), NY_OK);
+    EXPECT_EQ(u4Len, 1500u * 2 + 1500u + 1);
+    std::vector<wchar_t> vBack(3001);
+    uint32_t u4Back = 3001;
+    ASSERT_EQ(NyMultiByteToWideChar(vOut.data(), NY_CP_GB18030, vBack.data(), &u4Back), NY_OK);
+    EXPECT_EQ(std::wstring(vBack.data()), strWide);
+}
+
+TEST(NyConvert, BadInputIsRefusedWithItsCodeAndLogged) {
+    CNyTestLogCapture capture;
+    uint32_t u4Len = 16;
+    char szOut[16];
+    wchar_t szWideOut[16];
+    const wchar_t szSurrogate[] = {L'a', static_cast<wchar_t>(0xD800), 0};
+    struct {
+        const char* szName;
+        uint32_t u4Got;
+        uint32_t u4Expected;
+    } aCases[] = {
+        {"unknown code page", NyWideCharToMultiByte(L"a", 936, szOut, &u4Len),
+         NY_ERR_INVALID_ARGUMENT},
+        {"unknown code page back", NyMultiByteToWideChar("a", 1252, szWideOut, &u4Len),
+         NY_ERR_INVALID_ARGUMENT},
+        {"null wide", NyWideCharToMultiByte(nullptr, NY_CP_UTF8, szOut, &u4Len),
+         NY_ERR_BAD_ARGUMENT},
+        {"null length", NyWideCharToMultiByte(L"a", NY_CP_UTF8, szOut, nullptr),
+         NY_ERR_BAD_ARGUMENT},
+        {"null multi", NyMultiByteToWideChar(nullptr, NY_CP_UTF8, szWideOut, &u4Len),
+         NY_ERR_BAD_ARGUMENT},
+        {"bad UTF-8", NyMultiByteToWideChar("a\xFF", NY_CP_UTF8, szWideOut, &u4Len),
+         NY_ERR_BAD_ARGUMENT},
+        {"cut UTF-8", NyMultiByteToWideChar("a\xE4\xB8", NY_CP_UTF8, szWideOut, &u4Len),
+         NY_ERR_BAD_ARGUMENT},
+        {"surrogate", NyWideCharToMultiByte(szSurrogate, NY_CP_UTF8, szOut, &u4Len),
+         NY_ERR_BAD_ARGUMENT},
+    };
+    std::vector<std::string> vExpected;
+    for (const auto& c : aCases) {
+        EXPECT_EQ(c.u4Got, c.u4Expected) << c.szName;
+        char szLine[32];
+        snprintf(szLine, sizeof(szLine), "u4Result = %08X", c.u4Expected);
+        vExpected.push_back(szLine);
+    }
+    EXPECT_EQ(capture.MessagesAt(LOG_INFO), vExpected);
+}

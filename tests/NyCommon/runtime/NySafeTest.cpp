@@ -1,0 +1,288 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "runtime/NyResult.h"
+#include "runtime/NySafe.h"
+#include "support/NyTestLogCapture.h"
+
+namespace {
+
+const char* const NO_REPORT = nullptr;
+
+// Widens ASCII test text so that one table drives the narrow and the wide routines.
+std::wstring Wide(const std::string& str) {
+    return std::wstring(str.begin(), str.end());
+}
+std::string Narrow(const std::wstring& str) {
+    std::string strOut;
+    for (wchar_t wc : str) {
+        strOut += static_cast<char>(wc);
+    }
+    return strOut;
+}
+
+// The error reports logged while pfn ran.
+template <typename F>
+std::vector<std::string> ReportsOf(F pfn) {
+    CNyTestLogCapture capture;
+    pfn();
+    return capture.MessagesAt(LOG_ERROR);
+}
+
+std::vector<std::string> Expected(const char* szRoutine, const char* szReason) {
+    if (szReason == NO_REPORT) {
+        return {};
+    }
+    return {std::string(szRoutine) + " failed due to " + szReason};
+}
+
+struct BlkCopyCaseTag {
+    size_t cchDest;
+    const char* szSrc;
+    const char* szExpected;
+    bool bResult;
+    const char* szReason;
+};
+
+const BlkCopyCaseTag g_aCopyCases[] = {
+    {8, "0123456789", "0123456", false, "srclen > (cchDest-1)"},
+    {8, "0123456", "0123456", true, NO_REPORT},
+    {8, "01234567", "0123456", false, "srclen > (cchDest-1)"},
+    {8, "", "", true, NO_REPORT},
+    {1, "", "", true, NO_REPORT},
+    {1, "a", "", false, "srclen > (cchDest-1)"},
+};
+
+template <typename T>
+void RunCopyCases(bool (*pfnCopy)(T*, size_t, const T*), const char* szRoutine,
+                  std::basic_string<T> (*pfnText)(const std::string&)) {
+    for (const BlkCopyCaseTag& c : g_aCopyCases) {
+        std::vector<T> vDest(c.cchDest + 4, T('#'));
+        std::basic_string<T> strSrc = pfnText(c.szSrc);
+        bool bResult = true;
+        std::vector<std::string> vReports =
+            ReportsOf([&] { bResult = pfnCopy(vDest.data(), c.cchDest, strSrc.c_str()); });
+        EXPECT_EQ(bResult, c.bResult) << szRoutine << " " << c.szSrc;
+        EXPECT_EQ(std::basic_string<T>(vDest.data()), pfnText(c.szExpected)) << c.szSrc;
+        EXPECT_EQ(vReports, Expected(szRoutine, c.szReason)) << c.szSrc;
+        for (size_t i = c.cchDest; i < vDest.size(); ++i) {
+            ASSERT_EQ(vDest[i], T('#')) << szRoutine << " wrote past its capacity";
+        }
+    }
+}
+
+template <typename T>
+void RunInvalidCopyCases(bool (*pfnCopy)(T*, size_t, const T*), const char* szRoutine) {
+    T szDest[4] = {T('#'), T('#'), T('#'), 0};
+    const T szSrc[] = {T('a'), 0};
+    struct {
+        T* pDest;
+        size_t cchDest;
+        const T* pSrc;
+    } aCases[] = {{nullptr, 4, szSrc}, {szDest, 4, nullptr}, {szDest, 0, szSrc}};
+    for (const auto& c : aCases) {
+        bool bResult = true;
+        std::vector<std::string> vReports =
+            ReportsOf([&] { bResult = pfnCopy(c.pDest, c.cchDest, c.pSrc); });
+        EXPECT_FALSE(bResult) << szRoutine;
+        EXPECT_EQ(vReports, Expected(szRoutine, "paramters are invalid"));
+        EXPECT_EQ(szDest[0], T('#')) << szRoutine << " wrote despite invalid parameters";
+    }
+}
+
+struct BlkCatCaseTag {
+    size_t cchDest;
+    const char* szInitial;  // nullptr: the destination holds no NUL within its capacity
+    const char* szSrc;
+    const char* szExpected;
+    bool bResult;
+    const char* szReason;
+};
+
+const BlkCatCaseTag g_aCatCases[] = {
+    {8, "abc", "de", "abcde", true, NO_REPORT},
+    {8, "abc", "defg", "abcdefg", true, NO_REPORT},
+    {8, "abc", "defgh", "abcdefg", false, "srclen > (cchDest - dstlen - 1)"},
+    {8, "abcdefg", "x", "abcdefg", false, "srclen > (cchDest - dstlen - 1)"},
+    {8, "", "0123456789", "0123456", false, "srclen > (cchDest - dstlen - 1)"},
+    {8, nullptr, "y", "########", false, "cchDest <= dstlen"},
+    {8, nullptr, "", "########", true, NO_REPORT},  // empty source: done before any check
+};
+
+template <typename T>
+void RunCatCases(bool (*pfnCat)(T*, size_t, const T*), const char* szRoutine,
+                 std::basic_string<T> (*pfnText)(const std::string&)) {
+    for (const BlkCatCaseTag& c : g_aCatCases) {
+        std::vector<T> vDest(c.cchDest + 4, T('#'));
+        vDest.back() = 0;  // lets the test read an unterminated destination as text
+        if (c.szInitial != nullptr) {
+            std::basic_string<T> strInitial = pfnText(c.szInitial);
+            std::copy(strInitial.c_str(), strInitial.c_str() + strInitial.size() + 1,
+                      vDest.begin());
+        }
+        std::basic_string<T> strSrc = pfnText(c.szSrc);
+        bool bResult = !c.bResult;
+        std::vector<std::string> vReports =
+            ReportsOf([&] { bResult = pfnCat(vDest.data(), c.cchDest, strSrc.c_str()); });
+        EXPECT_EQ(bResult, c.bResult) << szRoutine << " " << c.szSrc;
+        EXPECT_EQ(std::basic_string<T>(vDest.data(), c.cchDest).c_str(), pfnText(c.szExpected))
+            << szRoutine << " " << c.szSrc;
+        EXPECT_EQ(vReports, Expected(szRoutine, c.szReason)) << c.szSrc;
+        for (size_t i = c.cchDest; i + 1 < vDest.size(); ++i) {
+            ASSERT_EQ(vDest[i], T('#')) << szRoutine << " wrote past its capacity";
+        }
+    }
+}
+
+}  // namespace
+
+TEST(NySafeStrings, CopyCutsAtCapacityAndReports) {
+    RunCopyCases<char>(NyStrCopy, "NyStrCopy", [](const std::string& s) { return s; });
+    RunCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy", Wide);
+}
+
+TEST(NySafeStrings, CopyRejectsInvalidParameters) {
+    RunInvalidCopyCases<char>(NyStrCopy, "NyStrCopy");
+    RunInvalidCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy");
+}
+
+TEST(NySafeStrings, CatAppendsWhatFitsAndReports) {
+    RunCatCases<char>(NyStrCat, "NyStrCat", [](const std::string& s) { return s; });
+    RunCatCases<wchar_t>(NyWcsCat, "NyWcsCat", Wide);
+}
+
+TEST(NySafeStrings, CatRejectsInvalidParameters) {
+    RunInvalidCopyCases<char>(NyStrCat, "NyStrCat");
+    RunInvalidCopyCases<wchar_t>(NyWcsCat, "NyWcsCat");
+}
+
+TEST(NySafeStrings, PrintfOutputOfCapacityMinusOneFitsOneMoreIsCut) {
+    struct {
+        const char* szArg;
+        const char* szExpected;
+        bool bResult;
+    } aCases[] = {{"123456", "<123456", true}, {"1234567", "<123456", false}, {"", "<", true}};
+    for (const auto& c : aCases) {
+        char szDest[8 + 2];
+        memset(szDest, '#', sizeof(szDest));
+        bool bResult = !c.bResult;
+        std::vector<std::string> vReports =
+            ReportsOf([&] { bResult = NyStrPrintf(szDest, 8, "<%s", c.szArg); });
+        EXPECT_EQ(bResult, c.bResult) << c.szArg;
+        EXPECT_STREQ(szDest, c.szExpected);
+        EXPECT_EQ(szDest[8], '#');
+        EXPECT_EQ(vReports.size(), c.bResult ? 0u : 1u);
+
+        wchar_t szWide[8 + 2];
+        wmemset(szWide, L'#', 10);
+        std::wstring strArg = Wide(c.szArg);
+        vReports = ReportsOf([&] { bResult = NyWcsPrintf(szWide, 8, L"<%ls", strArg.c_str()); });
+        EXPECT_EQ(bResult, c.bResult) << c.szArg;
+        EXPECT_EQ(Narrow(szWide), c.szExpected);
+        EXPECT_EQ(szWide[8], L'#');
+        EXPECT_EQ(vReports,
+                  Expected("NyWcsVPrintf", c.bResult ? NO_REPORT : "buffer may be too small"));
+    }
+}
+
+TEST(NySafeStrings, NarrowPrintfCutReportCarriesNoReadableRoutineName) {
+    char szDest[4];
+    std::vector<std::string> vReports = ReportsOf([&] { NyStrPrintf(szDest, 4, "%d", 12345); });
+    ASSERT_EQ(vReports.size(), 1u);
+    const std::string strTail = " failed due to buffer may be too small";
+    const std::string& strReport = vReports[0];
+    ASSERT_GE(strReport.size(), strTail.size());
+    EXPECT_EQ(strReport.substr(strReport.size() - strTail.size()), strTail);
+    EXPECT_NE(strReport.rfind("NyStr", 0), 0u) << strReport;
+}
+
+TEST(NySafeStrings, PrintfRejectsInvalidParameters) {
+    char szDest[4] = "ab";
+    const char* szNoFormat = nullptr;
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(nullptr, 4, "x")); }),
+              Expected("NyStrVPrintf", "paramters are invalid"));
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(szDest, 0, "x")); }),
+              Expected("NyStrVPrintf", "paramters are invalid"));
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(szDest, 4, szNoFormat)); }),
+              Expected("NyStrVPrintf", "paramters are invalid"));
+    EXPECT_STREQ(szDest, "ab");
+    wchar_t szWide[4] = L"ab";
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyWcsPrintf(szWide, 4, nullptr)); }),
+              Expected("NyWcsVPrintf", "paramters are invalid"));
+    EXPECT_EQ(std::wstring(szWide), L"ab");
+}
+
+TEST(NySafeMemory, MemCpyResultsAndClearing) {
+    struct {
+        const char* szName;
+        bool bNullDest;
+        bool bNullSrc;
+        size_t cchDest;
+        size_t cchCount;
+        uint32_t u4Result;
+        const char* szReason;
+        const char* szDestAfter;  // the first 8 bytes of the destination afterwards
+    } aCases[] = {
+        {"copy", false, false, 8, 5, NY_OK, NO_REPORT, "hello###"},
+        {"exact", false, false, 8, 8, NY_OK, NO_REPORT, "hello!!!"},
+        {"count 0", false, true, 8, 0, NY_OK, NO_REPORT, "########"},
+        {"count 0 no dest", true, true, 8, 0, NY_OK, NO_REPORT, "########"},
+        {"no dest", true, false, 8, 5, NY_ERR_INVALID_ARGUMENT, "NULL == pvDest", "########"},
+        {"no src", false, true, 8, 5, NY_ERR_BAD_ARGUMENT, "NULL == pvSrc", nullptr},
+        {"too small", false, false, 8, 10, NY_ERR_MEM_TOO_SMALL, "cchDest < cchCount", nullptr},
+    };
+    const char szSrc[] = "hello!!!xy";
+    for (const auto& c : aCases) {
+        char au1Dest[9];
+        memset(au1Dest, '#', sizeof(au1Dest));
+        uint32_t u4Result = 0;
+        bool bCopy = false;
+        std::vector<std::string> vReports = ReportsOf([&] {
+            u4Result = NyMemCpy(c.bNullDest ? nullptr : au1Dest, c.cchDest,
+                                c.bNullSrc ? nullptr : szSrc, c.cchCount);
+        });
+        ReportsOf([&] {
+            bCopy = NyMemCopy(c.bNullDest ? nullptr : au1Dest + 0, c.cchDest,
+                              c.bNullSrc ? nullptr : szSrc, c.cchCount);
+        });
+        EXPECT_EQ(u4Result, c.u4Result) << c.szName;
+        EXPECT_EQ(bCopy, c.u4Result == NY_OK) << c.szName;
+        EXPECT_EQ(vReports, Expected("NyMemCpy", c.szReason)) << c.szName;
+        std::string strExpected = c.szDestAfter ? c.szDestAfter : std::string(8, '\0');
+        EXPECT_EQ(std::string(au1Dest, 8), strExpected) << c.szName;
+        EXPECT_EQ(au1Dest[8], '#') << c.szName;
+    }
+}
+
+TEST(NySafeMemory, MemMoveLeavesDestinationUntouchedOnViolation) {
+    const char* szReason = "NULL == pvDest || NULL == pvSrc || cchDest < cchCount";
+    char szDest[8] = "abcdefg";
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyMemMove(szDest, 4, "0123456", 5)); }),
+              Expected("NyMemMove", szReason));
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyMemMove(szDest, 8, nullptr, 5)); }),
+              Expected("NyMemMove", szReason));
+    EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyMemMove(nullptr, 8, "x", 1)); }),
+              Expected("NyMemMove", szReason));
+    EXPECT_STREQ(szDest, "abcdefg");
+    EXPECT_EQ(ReportsOf([&] { EXPECT_TRUE(NyMemMove(nullptr, 0, nullptr, 0)); }),
+              std::vector<std::string>{});
+}
+
+TEST(NySafeMemory, OverlappingRangesAreCopiedAsIfThroughATemporary) {
+    char szForward[] = "0123456789";
+    EXPECT_TRUE(NyMemMove(szForward + 2, 8, szForward, 6));
+    EXPECT_STREQ(szForward, "0101234589");
+    char szBackward[] = "0123456789";
+    EXPECT_EQ(NyMemCpy(szBackward, 10, szBackward + 3, 6), NY_OK);
+    EXPECT_STREQ(szBackward, "3456786789");
+}
+
+TEST(NySafeMemory, SafeClearZeroesExactlyTheGivenBytes) {
+    char szSecret[] = "PIN-1234";
+    NyMemSafeClear(szSecret, 4);
+    EXPECT_EQ(std::string(szSecret, 9), std::string(4, '\0') + "1234" + '\0');
+    NyMemSafeClear(nullptr, 16);  // tolerated
+}

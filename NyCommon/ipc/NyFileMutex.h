@@ -14,3 +14,5 @@ struct BlkFileMutexOwnerTag {
 uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs);
 // NY_ERR_NOT_OWNER when the calling thread does not own the lock.
 uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner);
+// Releases every level the calling thread holds through pOwner (a handle closed while held).
+void FileMutexReleaseAll(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner);

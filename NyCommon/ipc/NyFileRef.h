@@ -1,5 +1,5 @@
-// Files shared between processes under "/dev/shm/com.qorin.ipc/": one descriptor per file per
-// process, kept in the per-process file table, with fcntl record locks on bytes 0-2:
+// Files shared between processes under NY_IPC_DIRECTORY: one descriptor per file per process,
+// kept in the per-process file table, with fcntl record locks on bytes 0-2:
 //   byte 0  exclusive  sync lock   briefly, while a process creates, joins or closes the file
 //   byte 1  shared     share lock  by every process that has the file open
 //   byte 2  exclusive  mutex lock  by the process that owns the named mutex / region lock
@@ -9,12 +9,7 @@
 
 #include <cstdint>
 
-constexpr const char* NY_IPC_DIRECTORY = "/dev/shm/com.qorin.ipc/";
-constexpr uint32_t NY_IPC_PATH_SIZE = 4096;
-
-// Kinds of FileName2Path.
-constexpr uint32_t NY_FILE_KIND_MUTEX = 1;  // "mtx." prefix
-constexpr uint32_t NY_FILE_KIND_SHM = 2;    // "shm." prefix
+#include "ipc/NyIpcName.h"
 
 // One per path per process, owned by the file table. Plain C layout: every copy of the library
 // loaded into the process shares these records through the table.
@@ -24,13 +19,9 @@ struct BlkFileRefTag {
     uint32_t u4Length;
     uint32_t u4RefCount;      // users in this process
     pthread_mutex_t* pMutex;  // recursive; taken in front of the byte-2 lock
+    uint32_t u4LockDepth;     // holds of the byte-2 lock through all handles of this file
     BlkFileRefTag* pNext;     // table chaining
 };
-
-// Builds "<directory><prefix><name>" with '/', '\\' and ' ' of the name turned into '_', and
-// makes sure the directory exists with mode 0777. False for a null or empty name or a path that
-// does not fit cchPath bytes.
-bool FileName2Path(const char* szName, uint32_t u4Kind, char* szPath, uint32_t cchPath);
 
 // u4Length > 0: create or join a file of at least that length (a file left by dead users is
 // taken over as created and, with bZeroFill, reads as zeros). u4Length 0: open a file that

@@ -15,5 +15,8 @@ struct BlkProcessInfoTag {
 };
 
 uint32_t GetProcessInfo(BlkProcessInfoTag* pInfo);
-// Start time of process u4Pid as "%04d%02d%02d%06d" (year, month, day, hhmmss).
+// Start time of process u4Pid as "%04d%02d%02d%06d" (year, month, day, hhmmss), taken from ps.
+// NY_ERR_BUFFER_TOO_SMALL below 15 bytes; NY_ERR_NOT_FOUND when ps knows no such process.
 uint32_t GetProcessStartTime(uint32_t u4Pid, char* szTime, uint32_t cchTime);
+// The conversion of one line of that ps pipeline ("Mon#Jan#15#103045#2024") into the text.
+uint32_t ParseProcessStartTime(const char* szLine, char* szTime, uint32_t cchTime);

@@ -9,15 +9,6 @@
 #include "ipc/NyIpcHandle.h"
 #include "runtime/NyTypes.h"
 
-// Kinds of UnixName2Key and their prefixes.
-constexpr uint32_t NY_KEY_KIND_SEM = 1;    // "s."
-constexpr uint32_t NY_KEY_KIND_EVENT = 2;  // "e."
-constexpr uint32_t NY_KEY_KIND_MUTEX = 3;  // "m."
-
-// h = h * 131 + byte over the kind's prefix and the name, then AND 0x7FFFFFFF. Null or empty name:
-// 0 (nameless).
-uint32_t UnixName2Key(uint32_t u4Kind, const char* szName);
-
 uint32_t UnixEventCreate(const char* szName, EnBool* penCreated, NY_EVENT_HANDLE* phEvent);
 uint32_t UnixEventOpen(const char* szName, NY_EVENT_HANDLE* phEvent);
 uint32_t UnixEventSet(NY_EVENT_HANDLE hEvent);

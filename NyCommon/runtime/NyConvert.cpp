@@ -88,6 +88,21 @@ uint32_t NyConvertText(const char* szFrom, const char* szTo, const char* pu1In, 
     return u4Result;
 }
 
+// Input text and length are required; the code page must be one of ours.
+uint32_t NyConvertCheck(const void* pvIn, const uint32_t* pu4Len, uint32_t u4CodePage,
+                        const char** pszCharset) {
+    uint32_t u4Result = NY_OK;
+    if (pvIn == nullptr || pu4Len == nullptr) {
+        u4Result = NY_ERR_BAD_ARGUMENT;
+    } else if ((*pszCharset = NyCodePageCharset(u4CodePage)) == nullptr) {
+        u4Result = NY_ERR_INVALID_ARGUMENT;
+    }
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+    }
+    return u4Result;
+}
+
 }  // namespace
 
 void NyHex2Asc(const void* pvData, uint32_t u4Len, char* szOut) {
@@ -102,14 +117,10 @@ void NyHex2Asc(const void* pvData, uint32_t u4Len, char* szOut) {
 
 uint32_t NyWideCharToMultiByte(const wchar_t* szWide, uint32_t u4CodePage, char* szOut,
                                uint32_t* pu4Len) {
-    if (szWide == nullptr || pu4Len == nullptr) {
-        NY_LOG_RESULT(NY_ERR_BAD_ARGUMENT);
-        return NY_ERR_BAD_ARGUMENT;
-    }
-    const char* szCharset = NyCodePageCharset(u4CodePage);
-    if (szCharset == nullptr) {
-        NY_LOG_RESULT(NY_ERR_INVALID_ARGUMENT);
-        return NY_ERR_INVALID_ARGUMENT;
+    const char* szCharset = nullptr;
+    uint32_t u4Result = NyConvertCheck(szWide, pu4Len, u4CodePage, &szCharset);
+    if (u4Result != NY_OK) {
+        return u4Result;
     }
     size_t cbIn = (wcslen(szWide) + 1) * sizeof(wchar_t);
     return NyConvertText(NY_WIDE_CHARSET, szCharset, reinterpret_cast<const char*>(szWide), cbIn,
@@ -118,14 +129,10 @@ uint32_t NyWideCharToMultiByte(const wchar_t* szWide, uint32_t u4CodePage, char*
 
 uint32_t NyMultiByteToWideChar(const char* szMulti, uint32_t u4CodePage, wchar_t* szOut,
                                uint32_t* pu4Len) {
-    if (szMulti == nullptr || pu4Len == nullptr) {
-        NY_LOG_RESULT(NY_ERR_BAD_ARGUMENT);
-        return NY_ERR_BAD_ARGUMENT;
-    }
-    const char* szCharset = NyCodePageCharset(u4CodePage);
-    if (szCharset == nullptr) {
-        NY_LOG_RESULT(NY_ERR_INVALID_ARGUMENT);
-        return NY_ERR_INVALID_ARGUMENT;
+    const char* szCharset = nullptr;
+    uint32_t u4Result = NyConvertCheck(szMulti, pu4Len, u4CodePage, &szCharset);
+    if (u4Result != NY_OK) {
+        return u4Result;
     }
     return NyConvertText(szCharset, NY_WIDE_CHARSET, szMulti, strlen(szMulti) + 1, szOut, pu4Len,
                          sizeof(wchar_t));

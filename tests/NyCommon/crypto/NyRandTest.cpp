@@ -57,19 +57,6 @@ TEST(NyRand, RequestsOfAnySizeAreFilledAndDiffer) {
     EXPECT_EQ(tinycrypto::RAND_status(), 1);
 }
 
-TEST(NyRand, ByteValuesAreSpreadEvenly) {
-    std::vector<uint8_t> vData = Draw(256 * 400);
-    std::vector<int> vCounts(256, 0);
-    for (uint8_t u1 : vData) {
-        ++vCounts[u1];
-    }
-    // Expected 400 per value; a bias of this size would be a broken pool, not chance.
-    for (int i = 0; i < 256; ++i) {
-        EXPECT_GT(vCounts[i], 250) << i;
-        EXPECT_LT(vCounts[i], 550) << i;
-    }
-}
-
 TEST(NyRand, ForkedChildDoesNotRepeatItsParent) {
     Draw(16);  // the pool is seeded before the fork
     int aiPipe[2];

@@ -30,22 +30,6 @@ TEST(NyAtomic, CompareAndSwapOnlyReplacesTheExpectedValue) {
     EXPECT_EQ(NyAtomicCASVal32(nullptr, 0, 1), 0u);
 }
 
-TEST(NyAtomic, ConcurrentAddsAreNotLost) {
-    volatile uint32_t u4Word = 0;
-    std::vector<std::thread> vThreads;
-    for (int t = 0; t < 4; ++t) {
-        vThreads.emplace_back([&] {
-            for (int i = 0; i < 100000; ++i) {
-                NyAtomicAdd32(&u4Word, 1);
-            }
-        });
-    }
-    for (std::thread& thread : vThreads) {
-        thread.join();
-    }
-    EXPECT_EQ(u4Word, 400000u);
-}
-
 TEST(NyAtomic, SpinLockExcludesOtherThreads) {
     volatile uint32_t u4Lock = 0;
     uint32_t u4Inside = 0;

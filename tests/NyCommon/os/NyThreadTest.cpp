@@ -48,6 +48,20 @@ void* IgnoreExitRequests(void* pvArg) {
     return nullptr;
 }
 
+// A started thread with its probe; the probe lives as long as the test.
+struct BlkStartedThreadTag {
+    BlkThreadProbeTag probe;
+    NY_THREAD_HANDLE hThread = nullptr;
+};
+
+void StartThread(PFN_NY_THREAD_ENTRY pfnEntry, BlkStartedThreadTag* pStarted, bool bWaitStarted) {
+    pStarted->probe.phThread = &pStarted->hThread;
+    ASSERT_EQ(NyThreadBegin(pfnEntry, &pStarted->probe, &pStarted->hThread), NY_OK);
+    if (bWaitStarted) {
+        ASSERT_TRUE(NyTestWaitUntil([&] { return pStarted->probe.bStarted.load(); }, 5000));
+    }
+}
+
 }  // namespace
 
 TEST(NyThread, BeginRejectsMissingEntryOrHandle) {
@@ -59,23 +73,20 @@ TEST(NyThread, BeginRejectsMissingEntryOrHandle) {
 }
 
 TEST(NyThread, EndOfAThreadThatAlreadyReturnedNeedsNoPollingWait) {
-    BlkThreadProbeTag probe;
-    NY_THREAD_HANDLE hThread = nullptr;
-    probe.phThread = &hThread;
-    ASSERT_EQ(NyThreadBegin(ReturnAtOnce, &probe, &hThread), NY_OK);
-    ASSERT_TRUE(NyTestWaitUntil([&] { return probe.bLeftLoop.load(); }, 5000));
+    BlkStartedThreadTag t;
+    StartThread(ReturnAtOnce, &t, false);
+    ASSERT_TRUE(NyTestWaitUntil([&] { return t.probe.bLeftLoop.load(); }, 5000));
     usleep(20 * 1000);  // let the thread finish returning
     uint64_t u8Start = NyOsGetTickCount64();
-    EXPECT_EQ(NyThreadEnd(hThread), NY_OK);
+    EXPECT_EQ(NyThreadEnd(t.hThread), NY_OK);
     EXPECT_LT(NyOsGetTickCount64() - u8Start, 90u);
 }
 
 TEST(NyThread, CooperativeThreadSeesTheExitRequestAndIsJoined) {
-    BlkThreadProbeTag probe;
-    NY_THREAD_HANDLE hThread = nullptr;
-    probe.phThread = &hThread;
-    ASSERT_EQ(NyThreadBegin(PollUntilAskedToExit, &probe, &hThread), NY_OK);
-    ASSERT_TRUE(NyTestWaitUntil([&] { return probe.bStarted.load(); }, 5000));
+    BlkStartedThreadTag t;
+    StartThread(PollUntilAskedToExit, &t, true);
+    BlkThreadProbeTag& probe = t.probe;
+    NY_THREAD_HANDLE hThread = t.hThread;
     EXPECT_EQ(NyThreadGetState(hThread), NY_THREAD_RUNNING);
     EXPECT_FALSE(probe.bLeftLoop);
     uint64_t u8Start = NyOsGetTickCount64();
@@ -86,11 +97,10 @@ TEST(NyThread, CooperativeThreadSeesTheExitRequestAndIsJoined) {
 }
 
 TEST(NyThread, UncooperativeThreadIsCancelledAfterAbout3Seconds) {
-    BlkThreadProbeTag probe;
-    NY_THREAD_HANDLE hThread = nullptr;
-    probe.phThread = &hThread;
-    ASSERT_EQ(NyThreadBegin(IgnoreExitRequests, &probe, &hThread), NY_OK);
-    ASSERT_TRUE(NyTestWaitUntil([&] { return probe.bStarted.load(); }, 5000));
+    BlkStartedThreadTag t;
+    StartThread(IgnoreExitRequests, &t, true);
+    BlkThreadProbeTag& probe = t.probe;
+    NY_THREAD_HANDLE hThread = t.hThread;
     uint64_t u8Start = NyOsGetTickCount64();
     EXPECT_EQ(NyThreadEnd(hThread), NY_OK);
     uint64_t u8Elapsed = NyOsGetTickCount64() - u8Start;
@@ -101,10 +111,9 @@ TEST(NyThread, UncooperativeThreadIsCancelledAfterAbout3Seconds) {
 }
 
 TEST(NyThread, StateAcceptsOnlyRunningAskedAndEnded) {
-    BlkThreadProbeTag probe;
-    NY_THREAD_HANDLE hThread = nullptr;
-    probe.phThread = &hThread;
-    ASSERT_EQ(NyThreadBegin(ReturnAtOnce, &probe, &hThread), NY_OK);
+    BlkStartedThreadTag t;
+    StartThread(ReturnAtOnce, &t, false);
+    NY_THREAD_HANDLE hThread = t.hThread;
     EXPECT_EQ(NyThreadGetState(hThread), NY_THREAD_STARTED);
     struct {
         int32_t i4State;
@@ -133,12 +142,10 @@ TEST(NyThread, BeginMakesTheCallerAsynchronouslyCancellable) {
     pthread_create(
         &hCaller, nullptr,
         [](void*) -> void* {
-            BlkThreadProbeTag probe;
-            NY_THREAD_HANDLE hThread = nullptr;
-            probe.phThread = &hThread;
-            NyThreadBegin(ReturnAtOnce, &probe, &hThread);
+            BlkStartedThreadTag t;
+            StartThread(ReturnAtOnce, &t, false);
             pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &s_iTypeAfterBegin);
-            NyThreadEnd(hThread);
+            NyThreadEnd(t.hThread);
             return nullptr;
         },
         nullptr);

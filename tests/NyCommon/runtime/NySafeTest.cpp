@@ -279,10 +279,3 @@ TEST(NySafeMemory, OverlappingRangesAreCopiedAsIfThroughATemporary) {
     EXPECT_EQ(NyMemCpy(szBackward, 10, szBackward + 3, 6), NY_OK);
     EXPECT_STREQ(szBackward, "3456786789");
 }
-
-TEST(NySafeMemory, SafeClearZeroesExactlyTheGivenBytes) {
-    char szSecret[] = "PIN-1234";
-    NyMemSafeClear(szSecret, 4);
-    EXPECT_EQ(std::string(szSecret, 9), std::string(4, '\0') + "1234" + '\0');
-    NyMemSafeClear(nullptr, 16);  // tolerated
-}

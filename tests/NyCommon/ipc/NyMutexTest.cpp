@@ -1,0 +1,193 @@
+// Mutexes: recursion per thread, exclusion across threads and processes, refusal of releases by
+// non-owners, and the kernel freeing the lock of a killed owner.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <thread>
+
+#include "NyIpcTestSupport.h"
+#include "ipc/NyIpcResult.h"
+#include "ipc/NyMutex.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+class NyMutexTest : public CIpcTest {
+protected:
+    // Result of a wait with the given time-out from another thread.
+    static uint32_t WaitFromOtherThread(NY_MUTEX_HANDLE hMutex, uint32_t u4TimeoutMs) {
+        uint32_t u4Result = 0;
+        std::thread th([&] {
+            u4Result = NyMutexWait(hMutex, u4TimeoutMs);
+            if (u4Result == NY_OK) {
+                NyMutexRelease(hMutex);
+            }
+        });
+        th.join();
+        return u4Result;
+    }
+};
+
+// Both kinds behave alike within one process.
+class NyMutexKindTest : public NyMutexTest, public ::testing::WithParamInterface<bool> {
+protected:
+    NY_MUTEX_HANDLE Make() {
+        NY_MUTEX_HANDLE hMutex = nullptr;
+        std::string strName = GetParam() ? NewName("mtx") : "";
+        EXPECT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hMutex));
+        return hMutex;
+    }
+};
+
+TEST_P(NyMutexKindTest, RecursiveInOneThreadAndExclusiveAgainstOthers) {
+    NY_MUTEX_HANDLE hMutex = Make();
+    ASSERT_NE(nullptr, hMutex);
+    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, NY_WAIT_INFINITE));
+    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 0));
+    EXPECT_EQ(NY_ERR_TIMEOUT, WaitFromOtherThread(hMutex, 0));
+    EXPECT_EQ(NY_ERR_TIMEOUT, WaitFromOtherThread(hMutex, 30));
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    EXPECT_EQ(NY_ERR_TIMEOUT, WaitFromOtherThread(hMutex, 0)) << "still held once";
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    EXPECT_EQ(NY_OK, WaitFromOtherThread(hMutex, 0));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+TEST_P(NyMutexKindTest, ReleaseByAThreadThatDoesNotHoldItIsRefused) {
+    NY_MUTEX_HANDLE hMutex = Make();
+    ASSERT_NE(nullptr, hMutex);
+    uint32_t u4Expected = GetParam() ? NY_ERR_NOT_OWNER : NY_ERR_INVALID_ARGUMENT;
+    EXPECT_EQ(u4Expected, NyMutexRelease(hMutex)) << "nobody holds it";
+    ASSERT_EQ(NY_OK, NyMutexWait(hMutex, NY_WAIT_INFINITE));
+    uint32_t u4Other = 0;
+    std::thread th([&] { u4Other = NyMutexRelease(hMutex); });
+    th.join();
+    EXPECT_EQ(u4Expected, u4Other);
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+INSTANTIATE_TEST_SUITE_P(NamedAndNameless, NyMutexKindTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                             return info.param ? "Named" : "Nameless";
+                         });
+
+TEST_F(NyMutexTest, NamedMutexIsExclusiveAcrossProcesses) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    EnBool enCreated = NY_FALSE;
+    ASSERT_EQ(NY_OK, NyMutexCreateEx(strName.c_str(), &enCreated, &hMutex));
+    EXPECT_EQ(NY_TRUE, enCreated);
+    ASSERT_EQ(NY_OK, NyMutexWait(hMutex, NY_WAIT_INFINITE));
+
+    CIpcSignal sigRefused;
+    CIpcSignal sigReleased;
+    pid_t pid = Fork([&] {
+        NY_MUTEX_HANDLE hChild = nullptr;
+        EnBool enChildCreated = NY_TRUE;
+        IPC_CHILD_CHECK(NyMutexCreateEx(strName.c_str(), &enChildCreated, &hChild) == NY_OK, 1);
+        IPC_CHILD_CHECK(enChildCreated == NY_FALSE, 2);
+        IPC_CHILD_CHECK(NyMutexWait(hChild, 50) == NY_ERR_TIMEOUT, 3);
+        sigRefused.Post();
+        IPC_CHILD_CHECK(sigReleased.Await(5000), 4);
+        IPC_CHILD_CHECK(NyMutexWait(hChild, 2000) == NY_OK, 5);
+        IPC_CHILD_CHECK(NyMutexRelease(hChild) == NY_OK, 6);
+        IPC_CHILD_CHECK(NyMutexDestroy(hChild) == NY_OK, 7);
+        return 0;
+    });
+    EXPECT_TRUE(sigRefused.Await(5000));
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    sigReleased.Post();
+    EXPECT_EQ(0, Join(pid));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+TEST_F(NyMutexTest, KilledOwnersLockIsFreedByTheKernel) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hMutex));
+    CIpcSignal sigLocked;
+    pid_t pid = Fork([&] {
+        NY_MUTEX_HANDLE hChild = nullptr;
+        IPC_CHILD_CHECK(NyMutexOpen(strName.c_str(), &hChild) == NY_OK, 1);
+        IPC_CHILD_CHECK(NyMutexWait(hChild, NY_WAIT_INFINITE) == NY_OK, 2);
+        sigLocked.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigLocked.Await(5000));
+    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 20));
+    NyTestKillChild(pid);
+    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 1000));
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOther) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hFirst = nullptr;
+    NY_MUTEX_HANDLE hSecond = nullptr;
+    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hFirst));
+    ASSERT_EQ(NY_OK, NyMutexOpen(strName.c_str(), &hSecond));
+    EXPECT_EQ(1, IpcOpenDescriptors(IpcMutexPath(strName)));
+
+    ASSERT_EQ(NY_OK, NyMutexWait(hFirst, NY_WAIT_INFINITE));
+    EXPECT_EQ(NY_ERR_TIMEOUT, WaitFromOtherThread(hSecond, 20));
+    ASSERT_EQ(NY_OK, NyMutexWait(hSecond, 0)) << "the holding thread may lock both";
+    EXPECT_EQ(NY_OK, NyMutexRelease(hFirst));
+    CIpcSignal sigTried;
+    pid_t pid = Fork([&] {
+        NY_MUTEX_HANDLE hChild = nullptr;
+        IPC_CHILD_CHECK(NyMutexOpen(strName.c_str(), &hChild) == NY_OK, 1);
+        uint32_t u4Result = NyMutexWait(hChild, 20);
+        IPC_CHILD_CHECK(NyMutexDestroy(hChild) == NY_OK, 2);
+        return u4Result == NY_ERR_TIMEOUT ? 0 : 3;
+    });
+    EXPECT_EQ(0, Join(pid)) << "still held through the second handle";
+    EXPECT_EQ(NY_OK, NyMutexRelease(hSecond));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hSecond));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hFirst));
+}
+
+TEST_F(NyMutexTest, DestroyWhileHeldLetsOtherHandlesLock) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hFirst = nullptr;
+    NY_MUTEX_HANDLE hSecond = nullptr;
+    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hFirst));
+    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hSecond));
+    ASSERT_EQ(NY_OK, NyMutexWait(hFirst, NY_WAIT_INFINITE));
+    ASSERT_EQ(NY_OK, NyMutexWait(hFirst, NY_WAIT_INFINITE));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hFirst));
+    EXPECT_EQ(NY_OK, WaitFromOtherThread(hSecond, 100));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hSecond));
+}
+
+TEST_F(NyMutexTest, OpenFindsOnlyMutexesThatALiveProcessHolds) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    EXPECT_EQ(NY_ERR_OBJECT_ABSENT, NyMutexOpen(strName.c_str(), &hMutex));
+
+    CIpcSignal sigCreated;
+    pid_t pid = Fork([&] {
+        NY_MUTEX_HANDLE hChild = nullptr;
+        IPC_CHILD_CHECK(NyMutexCreate(strName.c_str(), &hChild) == NY_OK, 1);
+        sigCreated.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigCreated.Await(5000));
+    ASSERT_EQ(NY_OK, NyMutexOpen(strName.c_str(), &hMutex));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+    EXPECT_TRUE(IpcPathExists(IpcMutexPath(strName))) << "the child still uses it";
+    NyTestKillChild(pid);
+    EXPECT_EQ(NY_ERR_OBJECT_ABSENT, NyMutexOpen(strName.c_str(), &hMutex));
+
+    // The next creator takes the abandoned file over; its last close removes it.
+    EnBool enCreated = NY_FALSE;
+    ASSERT_EQ(NY_OK, NyMutexCreateEx(strName.c_str(), &enCreated, &hMutex));
+    EXPECT_EQ(NY_TRUE, enCreated);
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+}  // namespace

@@ -2,9 +2,11 @@
 
 #include <pthread.h>
 
-#include <atomic>
+#include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <set>
+#include <vector>
 
 #include "GUIService.h"
 #include "comm/NyCommunication.h"
@@ -20,8 +22,9 @@ namespace {
 // session thread (its own end), so every access holds this lock.
 std::mutex m_mtxSessionManager;
 std::map<uint32_t, BlkSessionInfoTag> m_mapSessionManager;
-// Session threads still running, table entry or not.
-std::atomic<uint32_t> m_u4LiveSessions{0};
+// Every session whose thread still runs, in the table or replaced there by a newer session for
+// the same id; guarded by the same lock.
+std::set<std::shared_ptr<GUIService>> m_setLiveServices;
 
 // What a session thread is started with: its table key and its share of the service.
 struct BlkSessionThreadArgTag {
@@ -65,14 +68,13 @@ uint32_t StartServiceThread(uint32_t u4InteractionId, const char* szGuid,
     auto* pArg = new BlkSessionThreadArgTag{u4InteractionId, pService};
 
     std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-    m_u4LiveSessions.fetch_add(1);
     uint32_t u4Result = NyThreadBegin(SessionThreadEntry, pArg, &blkInfo.hThread);
     if (u4Result != NY_OK) {
         NY_LOG(LOG_ERROR, "Failed to create service thread. last error = %08x", u4Result);
-        m_u4LiveSessions.fetch_sub(1);
         delete pArg;
         return NY_ERR_INVALID_ARGUMENT;
     }
+    m_setLiveServices.insert(pService);
     auto it = m_mapSessionManager.find(u4InteractionId);
     if (it != m_mapSessionManager.end()) {
         // The older session runs on until its client ends; only its table entry goes.
@@ -143,38 +145,47 @@ void* SessionThreadEntry(void* pvSession) {
             NyThreadCloseHandle(it->second.hThread);
             m_mapSessionManager.erase(it);
         }
+        m_setLiveServices.erase(pArg->pService);
     }
     pArg.reset();
-    m_u4LiveSessions.fetch_sub(1);
     return reinterpret_cast<void*>(static_cast<uintptr_t>(u4Result));
 }
 
 void StopAllSessions() {
-    for (;;) {
-        std::shared_ptr<GUIService> pService;
-        {
-            std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-            auto it = m_mapSessionManager.begin();
-            if (it == m_mapSessionManager.end()) {
-                return;
-            }
-            pService = it->second.pService;
-            NyThreadCloseHandle(it->second.hThread);
-            m_mapSessionManager.erase(it);
+    // The table's sessions in ascending id order, then those a newer session replaced there.
+    std::vector<std::shared_ptr<GUIService>> vStop;
+    {
+        std::lock_guard<std::mutex> lock(m_mtxSessionManager);
+        for (auto& entry : m_mapSessionManager) {
+            vStop.push_back(entry.second.pService);
+            NyThreadCloseHandle(entry.second.hThread);
         }
+        m_mapSessionManager.clear();
+        for (const auto& pService : m_setLiveServices) {
+            if (std::find(vStop.begin(), vStop.end(), pService) == vStop.end()) {
+                vStop.push_back(pService);
+            }
+        }
+    }
+    for (const auto& pService : vStop) {
         pService->stop();
     }
 }
 
 bool WaitForSessionsToEnd(uint32_t u4TimeoutMs) {
     uint64_t u8End = NyOsGetTickCount64() + u4TimeoutMs;
-    while (m_u4LiveSessions.load() != 0) {
+    for (;;) {
+        {
+            std::lock_guard<std::mutex> lock(m_mtxSessionManager);
+            if (m_setLiveServices.empty()) {
+                return true;
+            }
+        }
         if (NyOsGetTickCount64() >= u8End) {
             return false;
         }
         NyOsSleep(5);
     }
-    return true;
 }
 
 size_t GetSessionCount() {

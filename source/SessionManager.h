@@ -31,7 +31,8 @@ void FinishSession(uint32_t u4InteractionId);
 // Thread body of a session: runs the service's loop, then drops the session's table entry.
 void* SessionThreadEntry(void* pvSession);
 
-// Empties the table, smallest interaction id first, telling each service to stop.
+// Empties the table, smallest interaction id first, telling each service to stop; sessions
+// replaced in the table by a newer one for their id are stopped too.
 void StopAllSessions();
 // Number of entries in the table.
 size_t GetSessionCount();

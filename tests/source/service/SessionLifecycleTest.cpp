@@ -150,23 +150,29 @@ TEST(SessionLifecycleTest, TwentyClientsAtOnceEachGetTheirOwnAnswers) {
 
 TEST(SessionLifecycleTest, StoppedServerLeavesNoChannelBehind) {
     std::string strMain;
+    std::string strReplaced;
     std::string strSession;
     {
         CNyTestServer server;
         ASSERT_TRUE(server.Started());
         strMain = server.MainName();
         {
+            // Two sessions for one id: the table keeps the second, the first runs on.
             CNyUiClient client;
             ASSERT_EQ(NY_OK, client.JoinServer(strMain.c_str()));
             ASSERT_EQ(NY_OK, client.OpenSession(8));
+            strReplaced = client.SessionName();
+            ASSERT_EQ(NY_OK, client.OpenSession(8));
             strSession = client.SessionName();
         }
-        // The client process lives on, so its session is still served.
+        // The client process lives on, so both sessions are still served.
+        EXPECT_TRUE(NyTestChannelObjectsExist(strReplaced));
         EXPECT_TRUE(NyTestChannelObjectsExist(strSession));
         EXPECT_TRUE(server.Stop());
     }
-    EXPECT_FALSE(NyTestChannelObjectsExist(strMain));
-    EXPECT_FALSE(NyTestChannelObjectsExist(strSession));
+    for (const std::string& strName : {strMain, strReplaced, strSession}) {
+        EXPECT_FALSE(NyTestChannelObjectsExist(strName)) << strName;
+    }
 }
 
 }  // namespace

@@ -118,8 +118,8 @@ uint32_t GUIService::run() {
     }
     ReleaseDialog();
     NyCommDisconnect(m_blkParam.hSession);
-    NyLogEx(u4Result != NY_OK ? LOG_ERROR : LOG_TRACE, __FILE__, __LINE__,
-            "CUiService::Run() leave u4Result = %08x", u4Result);
+    NY_LOG(u4Result != NY_OK ? LOG_ERROR : LOG_TRACE, "CUiService::Run() leave u4Result = %08x",
+           u4Result);
     return u4Result;
 }
 

@@ -1,5 +1,6 @@
 #include "MainServer.h"
 
+#include <errno.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -19,6 +20,7 @@ std::atomic<uint32_t> m_bStopServer{0};
 namespace {
 
 constexpr uint32_t MAIN_BUFFER_SIZE = 4096;
+constexpr uint32_t LISTEN_RETRY_MS = 1;
 
 // The request loop and the keep-alive thread both use the main channel; the keep-alive closes
 // and re-opens it. The lock keeps a listen or notify from running on a channel being closed;
@@ -97,8 +99,9 @@ void RecreateMainSession(const char* szSessionName) {
     }
 }
 
-void LogRequestResult(const char* szFormat, uint32_t u4Result) {
-    NyLogEx(u4Result != NY_OK ? LOG_ERROR : LOG_TRACE, __FILE__, __LINE__, szFormat, u4Result);
+// Failures at level 3, successes at level 1.
+LOG_TYPE LevelOf(uint32_t u4Result) {
+    return u4Result != NY_OK ? LOG_ERROR : LOG_TRACE;
 }
 
 }  // namespace
@@ -172,6 +175,11 @@ uint32_t ServerThreadEntry() {
         uint32_t u4ReqSize = sizeof(au1Req);
         u4Result = ListenMain(au1Req, &u4ReqSize);
         if (u4Result != NY_OK) {
+            // A plain time-out has already waited; any other failure (a channel being
+            // re-created, or lost until the keep-alive notices) would otherwise spin.
+            if (u4Result != EAGAIN) {
+                NyOsSleep(LISTEN_RETRY_MS);
+            }
             continue;
         }
         NY_LOG(LOG_TRACE, "Receive request: u4ReqDataSize = %08x", u4ReqSize);
@@ -179,11 +187,11 @@ uint32_t ServerThreadEntry() {
 
         uint32_t u4RespSize = sizeof(au1Resp);
         uint32_t u4Process = ProcessRequestSer(au1Req, u4ReqSize, au1Resp, &u4RespSize);
-        LogRequestResult("Process request : u4Result = %08x", u4Process);
+        NY_LOG(LevelOf(u4Process), "Process request : u4Result = %08x", u4Process);
         NyLogByteArrayEx(LOG_TRACE, __FILE__, __LINE__, au1Resp, u4RespSize);
 
         u4Result = NotifyMain(au1Resp, u4RespSize);
-        LogRequestResult("NyCommNotify : u4Result = %08x", u4Result);
+        NY_LOG(LevelOf(u4Result), "NyCommNotify : u4Result = %08x", u4Result);
         if (m_bStopServer.load() != 0) {
             break;
         }

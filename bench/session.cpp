@@ -45,8 +45,8 @@ double ProcessCpuSeconds(pid_t pid) {
 }
 
 bool StartServer(CNyUiClient* pClient, benchmark::State& state) {
-    uint32_t u4Result = pClient->StartServer(NyUiServerPathBesideSelf().c_str(),
-                                             NyUiFreshMainName().c_str());
+    uint32_t u4Result =
+        pClient->StartServer(NyUiServerPathBesideSelf().c_str(), NyUiFreshMainName().c_str());
     if (u4Result != NY_OK) {
         state.SkipWithError("the UI server did not start");
         return false;

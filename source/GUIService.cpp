@@ -291,11 +291,14 @@ uint32_t GUIService::Update(const uint8_t* pu1Data, uint32_t u4Size) {
 void GUIService::TerminateUi() {
     NY_LOG(LOG_TRACE, "CUiService::TerminateUi() enter");
     if (m_pUi != nullptr) {
-        if (m_pUi->IsRunning()) {
-            m_pUi->Dialog()->stop();
-        }
+        // Waiting for the run to return happens before the GUI lock is taken: the run holds
+        // that lock until it returns.
+        m_pUi->StopAndWaitForRun();
         NY_LOG(LOG_TRACE, "CUiService::TerminateUi() stop end");
+        // No dialog callback may run while the dialog is destroyed.
+        g_mutex_lock(&GUIBase::s_GuiMutex);
         ReleaseDialog();
+        g_mutex_unlock(&GUIBase::s_GuiMutex);
     }
     NY_LOG(LOG_TRACE, "CUiService::TerminateUi() leave");
 }

@@ -18,13 +18,9 @@ CHeldDialog::CHeldDialog(std::unique_ptr<CConfig> pConfig, std::unique_ptr<GUIBa
     : m_pConfig(std::move(pConfig)), m_pDialog(std::move(pDialog)) {}
 
 CHeldDialog::~CHeldDialog() {
-    if (m_pDialog == nullptr) {
-        return;
+    if (m_pDialog != nullptr) {
+        StopAndWaitForRun();
     }
-    StopAndWaitForRun();
-    g_mutex_lock(&GUIBase::s_GuiMutex);
-    m_pDialog.reset();
-    g_mutex_unlock(&GUIBase::s_GuiMutex);
 }
 
 uint32_t CHeldDialog::RunHere() {

@@ -13,8 +13,8 @@
 class CHeldDialog {
 public:
     CHeldDialog(std::unique_ptr<CConfig> pConfig, std::unique_ptr<GUIBase> pDialog);
-    // Stops a dialog still running on its own thread and waits until its run has returned,
-    // then destroys it under GUIBase::s_GuiMutex so that no dialog code runs on it meanwhile.
+    // Stops a dialog still running on its own thread and waits until its run has returned
+    // (its window is then gone and no dialog code runs on it any more), then destroys it.
     ~CHeldDialog();
     CHeldDialog(const CHeldDialog&) = delete;
     CHeldDialog& operator=(const CHeldDialog&) = delete;
@@ -34,9 +34,11 @@ public:
     // it may be destroyed at once.
     void EndThreadRun() { m_bRunning.store(false); }
 
-private:
+    // Stops a dialog running on its own thread and waits until its run has returned; nothing
+    // for a dialog that is not running.
     void StopAndWaitForRun();
 
+private:
     std::unique_ptr<CConfig> m_pConfig;
     std::unique_ptr<GUIBase> m_pDialog;  // declared after the config: destroyed before it
     std::atomic<bool> m_bRunning{false};

@@ -143,8 +143,8 @@ uint32_t ProcessRequestSer(const uint8_t* pu1Req, uint32_t u4ReqSize, uint8_t* p
         case MAIN_REQ_START_SESSION:
             NY_LOG(LOG_TRACE, "CUiServerExe: uClientPid = %d, uInteractionID = %08X",
                    static_cast<int>(blkReq.uClientPid), blkReq.uInteractionID);
-            u4Result = StartSession(blkReq.uInteractionID, blkReq.uClientPid,
-                                    blkResp.szSessionName, sizeof(blkResp.szSessionName));
+            u4Result = StartSession(blkReq.uInteractionID, blkReq.uClientPid, blkResp.szSessionName,
+                                    sizeof(blkResp.szSessionName));
             blkResp.u4Status = u4Result == NY_OK ? MAIN_STATUS_DONE : MAIN_STATUS_START_FAILED;
             break;
         case MAIN_REQ_FINISH_SESSION:

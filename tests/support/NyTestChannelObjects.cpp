@@ -9,8 +9,7 @@
 
 namespace {
 
-const char* const s_aszEventSuffixes[] = {"_Event_Request", "_Event_Response",
-                                          "_Event_Connected"};
+const char* const s_aszEventSuffixes[] = {"_Event_Request", "_Event_Response", "_Event_Connected"};
 
 std::string FilePath(const std::string& strName, uint32_t u4Kind) {
     char szPath[NY_IPC_PATH_SIZE];

@@ -13,11 +13,11 @@ uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
                      std::string* pstrError, std::string* pstrNotice) {
     if (!options.strMain.empty()) {
         uint32_t u4Result = pClient->JoinServer(options.strMain.c_str());
-        return u4Result == NY_OK ? NY_OK
-                                 : Fail(u4Result,
-                                        "cannot reach the UI server of main session \"" +
-                                            options.strMain + "\"",
-                                        pstrError);
+        return u4Result == NY_OK
+                   ? NY_OK
+                   : Fail(u4Result,
+                          "cannot reach the UI server of main session \"" + options.strMain + "\"",
+                          pstrError);
     }
     std::string strServer =
         options.strServer.empty() ? NyUiServerPathBesideSelf() : options.strServer;
@@ -70,8 +70,8 @@ uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* p
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the request was not answered", pstrError);
     }
-    bool bStartedAsync = options.bAsync && pReq->u4Mode == UI_MODE_ASYNC &&
-                         pAnswer->enRes == UI_RESULT_PENDING;
+    bool bStartedAsync =
+        options.bAsync && pReq->u4Mode == UI_MODE_ASYNC && pAnswer->enRes == UI_RESULT_PENDING;
     if (bStartedAsync) {
         u4Result = FinishAsync(&client, options, pAnswer, pstrError);
     }

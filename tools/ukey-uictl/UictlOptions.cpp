@@ -79,8 +79,7 @@ bool TakeValue(int argc, char** argv, int* pi, std::string* pstrName, std::strin
 }  // namespace
 
 bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandTag* pCommand,
-                       BlkUictlOptionsTag* pOptions, tagBlkUiParam* pReq,
-                       std::string* pstrError) {
+                       BlkUictlOptionsTag* pOptions, tagBlkUiParam* pReq, std::string* pstrError) {
     std::vector<std::pair<std::string, std::string>> vOwn;
     for (int i = iFirst; i < argc; ++i) {
         std::string strArg = argv[i];

@@ -95,8 +95,8 @@ std::vector<BlkRenderedTag> RenderFields(const tagBlkUiParam* pAnswer, bool bBlo
         } else {
             const char* pText =
                 reinterpret_cast<const char*>(NyUiParamBytes(pAnswer, field.u4Offset));
-            vFields.push_back({field.szKey, std::string(pText, strnlen(pText, field.u4TextSize)),
-                               true});
+            vFields.push_back(
+                {field.szKey, std::string(pText, strnlen(pText, field.u4TextSize)), true});
         }
     }
     if (bBlock) {

@@ -126,8 +126,8 @@ TEST_F(MainSessionTest, StartGivesAFreshGuidChannelEvenForTheSameId) {
         tagBlkUiParam blkReq = {};
         blkReq.enUiCmdType = UI_CMD_TERMINATE;
         tagBlkUiParam blkAnswer = {};
-        EXPECT_EQ(NY_OK, NyCommCommit(hSession, &blkReq, sizeof(blkReq), &blkAnswer,
-                                      sizeof(blkAnswer)));
+        EXPECT_EQ(NY_OK,
+                  NyCommCommit(hSession, &blkReq, sizeof(blkReq), &blkAnswer, sizeof(blkAnswer)));
         EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
         NyCommDisconnect(hSession);
     }

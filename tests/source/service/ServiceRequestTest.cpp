@@ -24,9 +24,8 @@ protected:
         tagBlkUiParam blkCopy = blkReq;
         memset(pAnswer, 0xEE, sizeof(*pAnswer));
         uint32_t u4Size = NY_UI_PARAM_SIZE;
-        uint32_t u4Result =
-            m_service.ProcessRequestSvc(NyUiParamBytes(&blkCopy, 0), u4ReqSize,
-                                        NyUiParamBytes(pAnswer, 0), &u4Size);
+        uint32_t u4Result = m_service.ProcessRequestSvc(NyUiParamBytes(&blkCopy, 0), u4ReqSize,
+                                                        NyUiParamBytes(pAnswer, 0), &u4Size);
         EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
         return u4Result;
     }
@@ -67,8 +66,8 @@ TEST_F(ServiceRequestTest, AnswerBufferShorterThanABlockIsRefused) {
     std::vector<uint8_t> vSmall(NY_UI_PARAM_SIZE - 1);
     uint32_t u4Size = static_cast<uint32_t>(vSmall.size());
     EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL,
-              m_service.ProcessRequestSvc(NyUiParamBytes(&blkReq, 0), sizeof(blkReq),
-                                          vSmall.data(), &u4Size));
+              m_service.ProcessRequestSvc(NyUiParamBytes(&blkReq, 0), sizeof(blkReq), vSmall.data(),
+                                          &u4Size));
     EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
 }
 
@@ -92,8 +91,8 @@ TEST_F(ServiceRequestTest, RunWithoutChannelEndsAtOnceWithBadArgument) {
 uint32_t ProcessMain(const void* pvReq, uint32_t u4ReqSize, BlkMainSessionResponseTag* pResp) {
     std::vector<uint8_t> vResp(4096, 0);
     uint32_t u4Size = static_cast<uint32_t>(vResp.size());
-    uint32_t u4Result = ProcessRequestSer(static_cast<const uint8_t*>(pvReq), u4ReqSize,
-                                          vResp.data(), &u4Size);
+    uint32_t u4Result =
+        ProcessRequestSer(static_cast<const uint8_t*>(pvReq), u4ReqSize, vResp.data(), &u4Size);
     EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
     memcpy(pResp, vResp.data(), sizeof(*pResp));
     return u4Result;
@@ -123,9 +122,8 @@ TEST(MainRequestTest, AnswerBufferShorterThanTheRecordIsRefused) {
     BlkMainSessionRequestTag blkReq = {};
     uint8_t au1Resp[MAIN_SESSION_RECORD_SIZE - 1];
     uint32_t u4Size = sizeof(au1Resp);
-    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL,
-              ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq), sizeof(blkReq),
-                                au1Resp, &u4Size));
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq),
+                                                         sizeof(blkReq), au1Resp, &u4Size));
     EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
 }
 

@@ -63,8 +63,8 @@ TEST(SessionLifecycleTest, SessionEndsAndItsChannelGoesWhenTheClientDies) {
     ASSERT_TRUE(server.Started());
     int afd[2];
     ASSERT_EQ(0, pipe(afd));
-    pid_t pidClient =
-        NyTestForkChild([&server, &afd]() { return OpenSessionAndWait(server.MainName(), afd[1]); });
+    pid_t pidClient = NyTestForkChild(
+        [&server, &afd]() { return OpenSessionAndWait(server.MainName(), afd[1]); });
     ASSERT_GT(pidClient, 0);
     char szName[MAIN_SESSION_NAME_SIZE] = {};
     ssize_t nRead = read(afd[0], szName, sizeof(szName));

@@ -8,9 +8,8 @@
 
 namespace {
 
-const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA,
-                                                0xDC, 0xFE, 0x01, 0x23, 0x45, 0x67,
-                                                0x89, 0xAB, 0xCD, 0xEF};
+const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE,
+                                                0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
 
 // A request with a recognisable pattern in every byte behind the header.
 tagBlkUiParam PatternBlock(uint32_t u4CmdType, uint32_t u4Mode, uint8_t u1Salt) {
@@ -57,11 +56,9 @@ const BlkRouteCaseTag s_aRouteCases[] = {
     {"verify, sync, dialog cannot run", UI_CMD_VERIFY_PIN, 0, UI_RESULT_NOT_PROCESSED},
     {"verify, async, dialog cannot start", UI_CMD_VERIFY_PIN, UI_MODE_ASYNC,
      UI_RESULT_START_FAILED},
-    {"confirm, async, dialog cannot start", UI_CMD_CONFIRM, UI_MODE_ASYNC,
-     UI_RESULT_START_FAILED},
+    {"confirm, async, dialog cannot start", UI_CMD_CONFIRM, UI_MODE_ASYNC, UI_RESULT_START_FAILED},
     {"re-run with nothing held, sync", UI_CMD_NO_DIALOG_1, 0, UI_RESULT_NOT_PROCESSED},
-    {"re-run with nothing held, async", UI_CMD_NO_DIALOG_2, UI_MODE_ASYNC,
-     UI_RESULT_NOT_PROCESSED},
+    {"re-run with nothing held, async", UI_CMD_NO_DIALOG_2, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED},
 };
 
 TEST_F(SessionServiceTest, EveryCommandIsAnsweredAsTheRequestsOwnCopy) {
@@ -88,8 +85,7 @@ TEST_F(SessionServiceTest, ProtectedRequestIsAnsweredUnderTheSameSeed) {
     EXPECT_EQ(UI_PARAM_PROTECTED, blkAnswer.u4Protected);
     EXPECT_EQ(0, memcmp(s_au1Seed, blkAnswer.au1KeySeed, sizeof(s_au1Seed)));
     EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, NY_UI_PROTECTED_OFFSET),
-                        NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET),
-                        NY_UI_PROTECTED_SIZE))
+                        NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET), NY_UI_PROTECTED_SIZE))
         << "an unchanged payload enciphers to the request's own cipher text";
 
     ASSERT_EQ(NY_OK, UiParamDec(&blkAnswer));
@@ -116,8 +112,8 @@ TEST_F(SessionServiceTest, FlagTwoIsAnsweredInClearWithTheFlagKept) {
     ASSERT_EQ(NY_OK, m_client.Exchange(&blkReq, &blkAnswer));
     EXPECT_EQ(2u, blkAnswer.u4Protected);
     EXPECT_EQ(UI_RESULT_NOT_PROCESSED, blkAnswer.enRes);
-    EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
-                        NY_UI_PARAM_SIZE - 4));
+    EXPECT_EQ(
+        0, memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4), NY_UI_PARAM_SIZE - 4));
 }
 
 TEST_F(SessionServiceTest, ShortRequestReadsZerosNotTheEarlierRequest) {
@@ -127,8 +123,8 @@ TEST_F(SessionServiceTest, ShortRequestReadsZerosNotTheEarlierRequest) {
 
     uint32_t au4Short[2] = {0x77, 0x20001};
     memset(&blkAnswer, 0xEE, sizeof(blkAnswer));
-    ASSERT_EQ(NY_OK, NyCommCommit(m_client.SessionHandle(), au4Short, sizeof(au4Short),
-                                  &blkAnswer, sizeof(blkAnswer)));
+    ASSERT_EQ(NY_OK, NyCommCommit(m_client.SessionHandle(), au4Short, sizeof(au4Short), &blkAnswer,
+                                  sizeof(blkAnswer)));
     tagBlkUiParam blkExpected = {};
     blkExpected.enUiCmdType = 0x20001;
     EXPECT_EQ(0, memcmp(&blkExpected, &blkAnswer, sizeof(blkAnswer)));

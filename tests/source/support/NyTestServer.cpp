@@ -46,8 +46,8 @@ CNyTestServer::~CNyTestServer() {
 void CNyTestServer::Start(const std::string& strArgument) {
     // Without a display the server serves sessions but never shows a dialog.
     unsetenv("DISPLAY");
-    m_pid = NyUiServerSpawn(NyTestBinPath("ukey-uiserver").c_str(), strArgument.c_str(), true,
-                            nullptr);
+    m_pid =
+        NyUiServerSpawn(NyTestBinPath("ukey-uiserver").c_str(), strArgument.c_str(), true, nullptr);
     if (m_pid > 0 && !WaitUntilServing(m_pid, m_strMainName)) {
         NyTestKillChild(m_pid);
         m_pid = -1;

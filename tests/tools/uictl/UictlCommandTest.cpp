@@ -47,7 +47,10 @@ TEST(UictlCommandTest, RawStartsItsOwnServerAndShowsTheWholeAnswer) {
     size_t nBlock = run.strOutput.find("\"block\":\"");
     ASSERT_NE(std::string::npos, nBlock);
     std::string strHex = run.strOutput.substr(nBlock + 9, 2 * 4096);
-    EXPECT_EQ("00000000" "00000200", strHex.substr(0, 16));
+    EXPECT_EQ(
+        "00000000"
+        "00000200",
+        strHex.substr(0, 16));
     EXPECT_EQ("efbeadde", strHex.substr(2 * 400, 8));
 }
 
@@ -87,7 +90,8 @@ TEST(UictlCommandTest, MistakesAreExplainedWithANonZeroExit) {
         {{"raw", "--protect", "0011"}, 2, "bad value \"0011\" for --protect"},
         {{"raw", "--cmd"}, 2, "option --cmd needs a value"},
         {{"raw", "--main", strMissing}, 1, "(error 0xE0600017)"},
-        {{"raw", "--server", "/nonexistent/ukey-uiserver"}, 1,
+        {{"raw", "--server", "/nonexistent/ukey-uiserver"},
+         1,
          "cannot start the UI server \"/nonexistent/ukey-uiserver\""},
     };
     for (const auto& c : aCases) {

@@ -2,12 +2,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "GUIService.h"
 #include "MainServer.h"
 #include "session/NyMainSessionRecord.h"
+#include "support/NyTestLogCapture.h"
 #include "uiblock/NyUiParam.h"
 
 namespace {
@@ -59,6 +62,25 @@ TEST_F(ServiceRequestTest, FailedDialogCommandsAreAnsweredInClearWithTheirResult
         EXPECT_EQ(UI_PARAM_CLEAR, blkAnswer.u4Protected);
         EXPECT_EQ(0xABCD1234u, NyUiParamGetU4(&blkAnswer, 400));
     }
+}
+
+TEST_F(ServiceRequestTest, DialogThatCannotRunLeavesItsTrailInTheLog) {
+    CNyTestLogCapture capture;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_CONFIRM;
+    NyUiParamSetU4(&blkReq, UI_OFS_CONFIRM_CTT, 15);
+    tagBlkUiParam blkAnswer;
+    uint32_t u4Result = Process(blkReq, sizeof(blkReq), &blkAnswer);
+    ASSERT_NE(NY_OK, u4Result);
+
+    std::vector<std::string> vExpected = {"CUiService::RunUi() enter",
+                                          "enUiCmdType:00010004,enCTT:0000000f",
+                                          "CUiService::RunUi() leave",
+                                          "pblkResp->enRes = UI_RESULT_NOT_PROCESSED"};
+    EXPECT_EQ(vExpected, capture.MessagesAt(LOG_TRACE));
+    char szResult[32];
+    snprintf(szResult, sizeof(szResult), "u4Result = %08X", u4Result);
+    EXPECT_EQ(std::vector<std::string>{szResult}, capture.MessagesAt(LOG_INFO));
 }
 
 TEST_F(ServiceRequestTest, AnswerBufferShorterThanABlockIsRefused) {

@@ -1,9 +1,10 @@
 // Result codes of the request/response channel. The codes of the objects beneath it (time-out,
-// object missing, semaphore failure, ...) come from the ipc layer and pass through unchanged.
+// object missing, semaphore failure, ...) pass through unchanged; they are in ipc/NyIpcResult.h.
 #pragma once
 
 #include <cstdint>
 
+#include "ipc/NyIpcResult.h"
 #include "runtime/NyResult.h"
 
 // Handle not in this process's channel table, server not connected, or table update failed.

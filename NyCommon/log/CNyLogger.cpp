@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "ipc/NyMutex.h"
 #include "log/NyLogSink.h"
 #include "log/NyLogTime.h"
 #include "os/NyOs.h"
@@ -38,31 +39,31 @@ void NyLogBuildItem(LOG_TYPE enLevel, const char* szSource, unsigned int u4Line,
 
 }  // namespace
 
-CNyLogger::CNyLogger() : m_blkParam() {
-    pthread_mutexattr_t attr;
-    pthread_mutexattr_init(&attr);
-    pthread_mutexattr_settype(&attr, PTHREAD_MUTEX_RECURSIVE);
-    pthread_mutex_init(&m_hMutex, &attr);
-    pthread_mutexattr_destroy(&attr);
+CNyLogger::CNyLogger() : m_blkParam(), m_hMutex(nullptr) {
+    if (NyMutexCreate(nullptr, &m_hMutex) != NY_OK) {
+        m_hMutex = nullptr;  // SetParam then reports the failed wait
+    }
 }
 
 CNyLogger::~CNyLogger() {
     m_shmLogger.Disconnect();
     m_fileLogger.Deinit();
-    pthread_mutex_destroy(&m_hMutex);
+    if (m_hMutex != nullptr) {
+        NyMutexDestroy(m_hMutex);
+    }
 }
 
 uint32_t CNyLogger::Lock(bool& bLocked) {
-    int iError = pthread_mutex_lock(&m_hMutex);
-    if (iError != 0) {
-        return NY_ERR_UNEXPECTED;
+    if (m_hMutex == nullptr) {
+        return NY_ERR_NOT_INITIALISED;
     }
-    bLocked = true;
-    return NY_OK;
+    uint32_t u4Result = NyMutexWait(m_hMutex, NY_WAIT_INFINITE);
+    bLocked = u4Result == NY_OK;
+    return u4Result;
 }
 
 void CNyLogger::Unlock(bool& bLocked) {
-    if (bLocked && pthread_mutex_unlock(&m_hMutex) == 0) {
+    if (bLocked && NyMutexRelease(m_hMutex) == NY_OK) {
         bLocked = false;
     }
 }

@@ -2,10 +2,9 @@
 // parameter (shared-memory queue, file, or off).
 #pragma once
 
-#include <pthread.h>
-
 #include <cstdint>
 
+#include "ipc/NyIpcHandle.h"
 #include "log/CNyFileLogger.h"
 #include "log/CNyShmLogger.h"
 #include "log/NyLogRecord.h"
@@ -34,5 +33,5 @@ private:
     CNyShmLogger m_shmLogger;
     CNyFileLogger m_fileLogger;
     tagBlkLogParam m_blkParam;
-    pthread_mutex_t m_hMutex;
+    NY_MUTEX_HANDLE m_hMutex;  // unnamed: serialises SetParam within this process
 };

@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "runtime/NyResult.h"
+
 // Command types (enUiCmdType).
 constexpr uint32_t UI_CMD_UPDATE = 1;      // feed this block to the running dialog
 constexpr uint32_t UI_CMD_TERMINATE = 2;   // end the running dialog

@@ -1,5 +1,6 @@
 // Mutexes: recursion per thread, exclusion across threads and processes, refusal of releases by
 // non-owners, and the kernel freeing the lock of a killed owner.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -100,6 +101,54 @@ TEST_F(NyMutexTest, NamedMutexIsExclusiveAcrossProcesses) {
     EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
     sigReleased.Post();
     EXPECT_EQ(0, Join(pid));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+}
+
+// What another program sees with plain fcntl: a share lock on byte 1 from every user, the
+// owner's exclusive lock on byte 2; and a plain lock on byte 2 keeps us out.
+TEST_F(NyMutexTest, LockBytesMatchWhatOtherProgramsSee) {
+    std::string strName = NewName("mtx");
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hMutex));
+    ASSERT_EQ(NY_OK, NyMutexWait(hMutex, NY_WAIT_INFINITE));
+    const pid_t pidParent = getpid();
+    CIpcSignal sigProbed;
+    CIpcSignal sigReleased;
+    CIpcSignal sigChildLocked;
+    pid_t pid = Fork([&] {
+        int iFd = open(IpcMutexPath(strName).c_str(), O_RDWR);
+        IPC_CHILD_CHECK(iFd >= 0, 1);
+        struct flock stProbe = {};
+        stProbe.l_type = F_WRLCK;
+        stProbe.l_whence = SEEK_SET;
+        stProbe.l_len = 1;
+        for (off_t u8Byte : {1, 2}) {
+            stProbe.l_type = F_WRLCK;
+            stProbe.l_start = u8Byte;
+            IPC_CHILD_CHECK(fcntl(iFd, F_GETLK, &stProbe) == 0, 2);
+            IPC_CHILD_CHECK(stProbe.l_pid == pidParent, 3);
+            IPC_CHILD_CHECK(stProbe.l_type == (u8Byte == 1 ? F_RDLCK : F_WRLCK), 4);
+        }
+        sigProbed.Post();
+        IPC_CHILD_CHECK(sigReleased.Await(5000), 5);
+        struct flock stLock = {};
+        stLock.l_type = F_WRLCK;
+        stLock.l_whence = SEEK_SET;
+        stLock.l_start = 2;
+        stLock.l_len = 1;
+        IPC_CHILD_CHECK(fcntl(iFd, F_SETLKW, &stLock) == 0, 6);
+        sigChildLocked.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigProbed.Await(5000)) << "child ended with " << NyTestWaitChild(pid, 100);
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
+    sigReleased.Post();
+    ASSERT_TRUE(sigChildLocked.Await(5000));
+    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 20));
+    NyTestKillChild(pid);
+    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 0));
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
     EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
 }
 

@@ -1,0 +1,21 @@
+// A mutex with a plain lock/unlock interface: nameless (in-process) by default, or named
+// (shared with other processes). The destructor destroys the mutex.
+#pragma once
+
+#include "ipc/NyIpcHandle.h"
+
+class CLock {
+public:
+    CLock();
+    explicit CLock(const char* szName);
+    ~CLock();
+    CLock(const CLock&) = delete;
+    CLock& operator=(const CLock&) = delete;
+
+    // Waits without time-out. False when there is no mutex or the lock failed.
+    bool Lock();
+    bool Unlock();
+
+private:
+    NY_MUTEX_HANDLE m_hMutex;
+};

@@ -1,0 +1,65 @@
+// The flat channel interface: every function forwards to the process's one channel object and
+// logs a failure's code ("u4Result = %08X", level 2) before returning it.
+#include "comm/NyCommunication.h"
+
+#include <cerrno>
+
+#include "comm/CNyShmCommunication.h"
+#include "log/NyLog.h"
+
+namespace {
+
+// The process's one channel object. Made on first use and deliberately never destroyed, so
+// that threads still serving or waiting while the process exits never touch a destroyed table.
+CNyShmCommunication& ShmCommunication() {
+    static CNyShmCommunication* s_pShmCommunication = new CNyShmCommunication;
+    return *s_pShmCommunication;
+}
+
+uint32_t Logged(uint32_t u4Result) {
+    if (u4Result != 0) {
+        NY_LOG_RESULT(u4Result);
+    }
+    return u4Result;
+}
+
+}  // namespace
+
+uint32_t NyCommConnectAsServer(const BlkCommInitParamTag* pParam, NY_COMM_HANDLE* phSession) {
+    return Logged(ShmCommunication().StartAsServer(pParam, phSession));
+}
+
+uint32_t NyCommListen(NY_COMM_HANDLE hSession, void* pBuffer, uint32_t* pu4Length) {
+    uint32_t u4Result = ShmCommunication().Listen(hSession, pBuffer, pu4Length);
+    // An idle server listens 50 times a second; its plain time-outs are not worth a record.
+    return u4Result == static_cast<uint32_t>(EAGAIN) ? u4Result : Logged(u4Result);
+}
+
+uint32_t NyCommNotify(NY_COMM_HANDLE hSession, const BlkCommNotifyDataTag* pNotify) {
+    return Logged(ShmCommunication().Notify(hSession, pNotify));
+}
+
+uint32_t NyCommConnect(const BlkCommInitParamTag* pParam, uint32_t u4TimeoutMs,
+                       NY_COMM_HANDLE* phSession) {
+    return Logged(ShmCommunication().Connect(pParam, u4TimeoutMs, phSession));
+}
+
+uint32_t NyCommCommit(NY_COMM_HANDLE hSession, const void* pRequest, uint32_t u4RequestLen,
+                      void* pAnswer, uint32_t u4AnswerCapacity) {
+    return Logged(
+        ShmCommunication().Request(hSession, pRequest, u4RequestLen, pAnswer, u4AnswerCapacity));
+}
+
+uint32_t NyCommWaitForSignal(NY_COMM_HANDLE hSession, EN_COMMUNICATION_SIGNAL enSignal,
+                             uint32_t u4TimeoutMs, void* pBuffer, uint32_t u4Capacity) {
+    return Logged(ShmCommunication().WaitForSingleSignal(hSession, enSignal, u4TimeoutMs, pBuffer,
+                                                         u4Capacity));
+}
+
+uint32_t NyCommIsConnected(NY_COMM_HANDLE hSession, EnBool* pbConnected) {
+    return Logged(ShmCommunication().IsConnected(hSession, pbConnected));
+}
+
+uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession) {
+    return Logged(ShmCommunication().Disconnect(hSession));
+}

@@ -1,0 +1,186 @@
+// Localized strings: reference expansion over up to five passes, its deliberate overflow
+// behaviour, and the size contract of NyCfgGetString.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "CfgTestImage.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestLogCapture.h"
+
+namespace {
+
+std::string RefTo(uint32_t u4Id) {
+    char sz[16];
+    snprintf(sz, sizeof(sz), "$(0x%08X)", u4Id);
+    return sz;
+}
+
+// Texts under test are stored at 0x00010050 (English variant) by SetText.
+constexpr uint32_t TEXT_ID = 0x00010050;
+
+class NyCfgString : public ::testing::Test {
+protected:
+    CCfgTestImage BaseImage() const {
+        CCfgTestImage image;
+        image.Text(0x00010008, "Online", "在线")
+            .Text(0x0001000A, "$(0x00010008)", "$(0x00010008)")
+            .Variants(0x0001000B, {{1, "只有中文"}})
+            .U1(0x00020010, 6)
+            .U2(0x00030021, 0xFFFF)
+            .U4(0x00040020, 0xFFFFFFFF)
+            .U4(0x00040022, 0x80000000)
+            .Entry(0x00000000, {'R', 'A', 'W'})
+            .Text(0x00010011, std::string(1100, 'L'), "long");
+        return image;
+    }
+    // Expands szText stored as the English variant of TEXT_ID.
+    uint32_t Expand(const std::string& strText, std::string* pstrOut,
+                    unsigned int u4LanguageCode = 1) {
+        CCfgTestImage image = BaseImage();
+        image.Text(TEXT_ID, strText, "zh:" + strText);
+        CCfgTestHandle handle(image, u4LanguageCode);
+        EXPECT_EQ(handle.InitResult(), NY_OK);
+        return handle.GetString(TEXT_ID, pstrOut);
+    }
+    std::string Expanded(const std::string& strText) {
+        std::string strOut;
+        EXPECT_EQ(Expand(strText, &strOut), NY_OK) << strText;
+        return strOut;
+    }
+};
+
+TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbers) {
+    struct {
+        const char* szText;
+        const char* szExpected;
+    } const aCases[] = {
+        {"plain text", "plain text"},
+        {"", ""},
+        {"$(0x00010008)", "Online"},
+        {"<$(0x0001000A)>", "<Online>"},  // a reference to a reference: second pass
+        {"$(0x0001000a)", "Online"},      // lower-case digits
+        {"$(0xFF00010008)", "Online"},    // more than eight digits: the last eight count
+        {"$(0x00010008)$(0x00010008)", "OnlineOnline"},
+        {"n=$(0x00020010),$(0x00030021),$(0x00040020),$(0x00040022)", "n=6,65535,-1,-2147483648"},
+        {"x$(0xZZ)y", "x$(0xZZ)y"},  // not hexadecimal: stays
+        {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online"},
+        {"abc$(0x00010008", "abc$(0x00010008"},    // never closed: stays
+        {"$(0x00010008)$(0x)", "Online$(0xRAW)"},  // raw value bytes follow "$(0x"
+        {"a$(0x)b", "a$(0x)b"},                    // ...but a pass without a
+                                                   // substitution keeps its input
+        {"$(0x", "$(0x"},
+    };
+    for (const auto& c : aCases) {
+        EXPECT_EQ(Expanded(c.szText), c.szExpected) << c.szText;
+    }
+}
+
+TEST_F(NyCfgString, FiveNestedLevelsResolveAndTheSixthStaysLiteral) {
+    CCfgTestImage image = BaseImage();
+    for (uint32_t u4Level = 0; u4Level < 7; ++u4Level) {
+        std::string strText = std::to_string(u4Level);
+        if (u4Level < 6) {
+            strText += RefTo(0x00010100 + u4Level + 1);
+        }
+        image.Text(0x00010100 + u4Level, strText, strText);
+    }
+    CCfgTestHandle handle(image);
+    std::string strOut;
+    ASSERT_EQ(handle.GetString(0x00010101, &strOut), NY_OK);
+    EXPECT_EQ(strOut, "123456") << "five references below the top: all resolved";
+    ASSERT_EQ(handle.GetString(0x00010100, &strOut), NY_OK);
+    EXPECT_EQ(strOut, "012345$(0x00010106)");
+}
+
+// A chain of texts each holding two references to the next; the last holds strLeaf.
+CCfgTestImage DoublingChain(uint32_t u4FirstId, uint32_t u4Levels, const std::string& strLeaf) {
+    CCfgTestImage image;
+    for (uint32_t i = 0; i < u4Levels; ++i) {
+        std::string strRef = RefTo(u4FirstId + i + 1);
+        image.Text(u4FirstId + i, strRef + strRef, strRef + strRef);
+    }
+    image.Text(u4FirstId + u4Levels, strLeaf, strLeaf);
+    return image;
+}
+
+TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
+    // 32 copies of 40 bytes in the fifth pass exceed the 1024-byte work buffer.
+    CCfgTestHandle fifth(DoublingChain(0x00010300, 5, std::string(40, 'x')));
+    std::string strOut;
+    EXPECT_EQ(fifth.GetString(0x00010300, &strOut), NY_ERR_BUFFER_TOO_SMALL);
+    // 16 copies of 70 bytes overflow the fourth pass: not reported, the fifth pass runs
+    // over the 14 copies that fitted.
+    CCfgTestHandle fourth(DoublingChain(0x00010400, 4, std::string(70, 'y')));
+    ASSERT_EQ(fourth.GetString(0x00010400, &strOut), NY_OK);
+    EXPECT_EQ(strOut, std::string(14 * 70, 'y'));
+}
+
+TEST_F(NyCfgString, UnknownReferencesReserveTheWholeScratchBuffer) {
+    CNyTestLogCapture capture;
+    std::string strOut;
+    // Only an unknown reference in a short text: its 1023 zero bytes never fit.
+    EXPECT_EQ(Expand("x$(0x00010999)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
+    // A resolvable reference first: the overflowing pass is not reported and the text ends
+    // after the first replacement.
+    EXPECT_EQ(Expanded("a$(0x00010008)b$(0x00010999)c"), "aOnline");
+    // Room for the zero bytes: the text ends with the "$(0x" of the unknown reference.
+    EXPECT_EQ(Expanded("$(0x00010008)m$(0x00010999)" + std::string(1100, 't')), "Onlinem$(0x");
+    // A variant missing in the current language counts as unknown.
+    EXPECT_EQ(Expand("x$(0x0001000B)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
+    // Expansion failures are not logged as results; only the failed lookups are.
+    std::vector<std::string> vInfo = capture.MessagesAt(2);
+    EXPECT_EQ(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600005"), 0);
+    EXPECT_GT(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600008"), 0);
+}
+
+TEST_F(NyCfgString, OversizedTextsFail) {
+    std::string strOut;
+    // A referenced text that does not fit the 1024-byte scratch buffer.
+    EXPECT_EQ(Expand("<$(0x00010011)>", &strOut), NY_ERR_BUFFER_TOO_SMALL);
+    // Raw texts up to 2047 bytes with their NUL are read; longer ones are not.
+    EXPECT_EQ(Expand(std::string(2046, 'a'), &strOut), NY_OK);
+    EXPECT_EQ(strOut.size(), 2046u);
+    EXPECT_EQ(Expand(std::string(2047, 'a'), &strOut), NY_ERR_BUFFER_TOO_SMALL);
+}
+
+TEST_F(NyCfgString, SizeContractCountsTheNul) {
+    CCfgTestImage image = BaseImage();
+    image.Text(TEXT_ID, "<$(0x00010008)>", "");
+    CCfgTestHandle handle(image);
+    unsigned int u4Length = 0;
+    EXPECT_EQ(NyCfgGetString(handle.Get(), TEXT_ID, nullptr, &u4Length), NY_OK);
+    EXPECT_EQ(u4Length, 9u);
+    char sz[16];
+    memset(sz, 0x55, sizeof(sz));
+    u4Length = 8;
+    EXPECT_EQ(NyCfgGetString(handle.Get(), TEXT_ID, sz, &u4Length), NY_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(u4Length, 9u);
+    EXPECT_EQ(sz[0], 0x55) << "nothing written on failure";
+    u4Length = 9;
+    EXPECT_EQ(NyCfgGetString(handle.Get(), TEXT_ID, sz, &u4Length), NY_OK);
+    EXPECT_STREQ(sz, "<Online>");
+    EXPECT_EQ(u4Length, 9u);
+    EXPECT_EQ(NyCfgGetString(handle.Get(), TEXT_ID, sz, nullptr), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(NyCfgGetString(nullptr, TEXT_ID, sz, &u4Length), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(NyCfgGetString(handle.Get(), 0x00020010, sz, &u4Length), NY_ERR_INVALID_ARGUMENT);
+    EXPECT_EQ(NyCfgGetString(handle.Get(), 0x00010999, sz, &u4Length), NY_ERR_NOT_FOUND);
+    EXPECT_EQ(NyCfgGetString(handle.Get(), 0x00010000, sz, &u4Length), NY_ERR_BAD_ARGUMENT)
+        << "slot of the raw entry read as text";
+    ASSERT_EQ(NyCfgSetLangId(handle.Get(), 0), NY_OK);
+    u4Length = sizeof(sz);
+    EXPECT_EQ(NyCfgGetString(handle.Get(), TEXT_ID, sz, &u4Length), NY_OK);
+    EXPECT_STREQ(sz, "");
+    EXPECT_EQ(u4Length, 1u);
+}
+
+TEST_F(NyCfgString, LanguageSelectsTheVariantOfEveryLevel) {
+    std::string strOut;
+    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 7), NY_OK);
+    EXPECT_EQ(strOut, "Online");
+    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 0), NY_OK);
+    EXPECT_EQ(strOut, "zh:在线");
+}
+
+}  // namespace

@@ -1,0 +1,177 @@
+// The file layer: one reference and descriptor per path per process, take-over of files left
+// by dead users, timed record locks, and references inherited by forked children.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "NyIpcTestSupport.h"
+#include "ipc/NyFileLock.h"
+#include "ipc/NyFileRef.h"
+#include "ipc/NyIpcResult.h"
+#include "ipc/NyShareMem.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+class NyFileRefTest : public CIpcTest {
+protected:
+    // Path of a fresh file name; the directory exists afterwards (FileName2Path makes it).
+    std::string NewPath() {
+        std::string strName = NewName("file");
+        char szPath[NY_IPC_PATH_SIZE];
+        EXPECT_TRUE(FileName2Path(strName.c_str(), NY_FILE_KIND_SHM, szPath, sizeof(szPath)));
+        return szPath;
+    }
+};
+
+struct flock ByteLock(off_t u8Offset, short iType) {
+    struct flock stLock = {};
+    stLock.l_type = iType;
+    stLock.l_whence = SEEK_SET;
+    stLock.l_start = u8Offset;
+    stLock.l_len = 1;
+    return stLock;
+}
+
+TEST_F(NyFileRefTest, SecondOpenInAProcessReturnsTheSameReference) {
+    std::string strPath = NewPath();
+    uint32_t u4Created = 0;
+    BlkFileRefTag* pFirst = FileOpen(strPath.c_str(), 16, true, &u4Created);
+    ASSERT_NE(nullptr, pFirst);
+    EXPECT_EQ(1u, u4Created);
+    BlkFileRefTag* pSecond = FileOpen(strPath.c_str(), 0, true, &u4Created);
+    EXPECT_EQ(pFirst, pSecond);
+    EXPECT_EQ(0u, u4Created);
+    EXPECT_EQ(2u, pFirst->u4RefCount);
+    EXPECT_EQ(1, IpcOpenDescriptors(strPath));
+    EXPECT_EQ(NY_OK, FileClose(pSecond));
+    EXPECT_TRUE(IpcPathExists(strPath));
+    EXPECT_EQ(NY_OK, FileClose(pFirst));
+    EXPECT_FALSE(IpcPathExists(strPath));
+    EXPECT_EQ(0, IpcOpenDescriptors(strPath));
+}
+
+TEST_F(NyFileRefTest, CloseRefusesReferencesNotInTheTable) {
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(nullptr));
+    BlkFileRefTag stFake;
+    memset(&stFake, 0, sizeof(stFake));
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(&stFake));
+}
+
+TEST_F(NyFileRefTest, OpenWithoutLengthNeedsAFileInUse) {
+    std::string strPath = NewPath();
+    EXPECT_EQ(nullptr, FileOpen(strPath.c_str(), 0, false, nullptr));
+    EXPECT_FALSE(IpcPathExists(strPath));
+    EXPECT_EQ(nullptr, FileOpen("", 8, false, nullptr));
+    EXPECT_EQ(nullptr, FileOpen(nullptr, 8, false, nullptr));
+}
+
+TEST_F(NyFileRefTest, TakeOverWithoutZeroFillKeepsTheContents) {
+    std::string strPath = NewPath();
+    CIpcSignal sigWritten;
+    pid_t pid = Fork([&] {
+        BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, false, nullptr);
+        IPC_CHILD_CHECK(pRef != nullptr, 1);
+        IPC_CHILD_CHECK(pwrite(pRef->iFd, "keep", 4, 0) == 4, 2);
+        sigWritten.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigWritten.Await(5000));
+    NyTestKillChild(pid);
+    uint32_t u4Created = 0;
+    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, false, &u4Created);
+    ASSERT_NE(nullptr, pRef);
+    EXPECT_EQ(1u, u4Created);
+    char acRead[5] = {};
+    EXPECT_EQ(4, pread(pRef->iFd, acRead, 4, 0));
+    EXPECT_STREQ("keep", acRead);
+    EXPECT_EQ(NY_OK, FileClose(pRef));
+}
+
+TEST_F(NyFileRefTest, EmptyFileOfACreatorThatDiedIsTakenOver) {
+    std::string strPath = NewPath();
+    int iFd = open(strPath.c_str(), O_RDWR | O_CREAT | O_EXCL, 0666);
+    ASSERT_GE(iFd, 0);
+    close(iFd);
+    EXPECT_EQ(nullptr, FileOpen(strPath.c_str(), 0, true, nullptr));
+    uint32_t u4Created = 0;
+    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 24, true, &u4Created);
+    ASSERT_NE(nullptr, pRef);
+    EXPECT_EQ(1u, u4Created);
+    EXPECT_EQ(24u, pRef->u4Length);
+    EXPECT_EQ(NY_OK, FileClose(pRef));
+    EXPECT_FALSE(IpcPathExists(strPath));
+}
+
+TEST_F(NyFileRefTest, RecordLockTimeOutCountsAttemptsAgainstAnotherProcess) {
+    std::string strPath = NewPath();
+    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
+    ASSERT_NE(nullptr, pRef);
+    CIpcSignal sigLocked;
+    pid_t pid = Fork([&] {
+        int iFd = open(strPath.c_str(), O_RDWR);
+        struct flock stLock = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+        IPC_CHILD_CHECK(iFd >= 0 && FileRecordLockGet(iFd, &stLock, NY_WAIT_INFINITE) == NY_OK, 1);
+        sigLocked.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigLocked.Await(5000));
+
+    struct flock stWrite = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    unsigned long long u8Start = IpcNowMs();
+    EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 30));
+    EXPECT_GE(IpcNowMs() - u8Start, 30u);
+    EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 0)) << "0 tries once";
+    struct flock stRead = ByteLock(NY_FILE_MUTEX_BYTE, F_RDLCK);
+    EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stRead, 5));
+    struct flock stOtherByte = ByteLock(NY_FILE_SYNC_BYTE, F_WRLCK);
+    EXPECT_EQ(NY_OK, FileRecordLockGet(pRef->iFd, &stOtherByte, 0));
+    EXPECT_EQ(NY_OK, FileByteUnlock(pRef->iFd, NY_FILE_SYNC_BYTE));
+
+    NyTestKillChild(pid);
+    EXPECT_EQ(NY_OK, FileRecordLockGet(pRef->iFd, &stWrite, 0));
+    EXPECT_EQ(NY_OK, FileByteUnlock(pRef->iFd, NY_FILE_MUTEX_BYTE));
+    EXPECT_EQ(NY_OK, FileClose(pRef));
+}
+
+TEST_F(NyFileRefTest, RecordLockRefusesOtherLockTypes) {
+    std::string strPath = NewPath();
+    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
+    ASSERT_NE(nullptr, pRef);
+    struct flock stUnlock = ByteLock(NY_FILE_MUTEX_BYTE, F_UNLCK);
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, &stUnlock, 0));
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, nullptr, 0));
+    struct flock stWrite = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    EXPECT_EQ(NY_ERR_LOCK_FAILED, FileRecordLockGet(-1, &stWrite, 0));
+    EXPECT_EQ(NY_OK, FileClose(pRef));
+}
+
+TEST_F(NyFileRefTest, ForkedChildUsesAndClosesInheritedHandlesWithoutRemovingTheFile) {
+    std::string strName = NewName("shm");
+    NY_SHM_HANDLE hShm = nullptr;
+    ASSERT_EQ(NY_OK, NyShareMemOpen(strName.c_str(), 8, &hShm));
+    ASSERT_EQ(NY_OK, NyShareMemLock(hShm));  // held across fork by this thread
+    CIpcSignal sigTried;
+    pid_t pid = Fork([&] {
+        IPC_CHILD_CHECK(NyShareMemLockTimeout(hShm, 20) == NY_ERR_TIMEOUT, 1);
+        sigTried.Post();
+        IPC_CHILD_CHECK(NyShareMemWrite(hShm, 0, "child", 5) == NY_OK, 2);
+        IPC_CHILD_CHECK(NyShareMemClose(hShm) == NY_OK, 3);
+        IPC_CHILD_CHECK(IpcPathExists(IpcShmPath(strName)), 4);
+        return 0;
+    });
+    ASSERT_TRUE(sigTried.Await(5000));
+    EXPECT_EQ(NY_OK, NyShareMemUnlock(hShm));
+    EXPECT_EQ(0, Join(pid));
+    char acRead[6] = {};
+    EXPECT_EQ(NY_OK, NyShareMemRead(hShm, 0, acRead, 5));
+    EXPECT_STREQ("child", acRead);
+    EXPECT_EQ(NY_OK, NyShareMemClose(hShm));
+}
+
+}  // namespace

@@ -1,0 +1,82 @@
+// Process identity and start times.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include "NyIpcTestSupport.h"
+#include "ipc/NyProcessInfo.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+TEST(NyProcessInfoTest, InfoNamesThisExecutableAndUser) {
+    BlkProcessInfoTag stInfo;
+    memset(&stInfo, 0x55, sizeof(stInfo));
+    ASSERT_EQ(NY_OK, GetProcessInfo(&stInfo));
+    EXPECT_EQ(static_cast<uint32_t>(getpid()), stInfo.u4Pid);
+    EXPECT_STREQ("test_NyCommon_ipc", stInfo.szExeName);
+    EXPECT_GT(strlen(stInfo.szUserName), 0u);
+    EXPECT_LE(strlen(stInfo.szUserName), NY_PROCESS_USER_MAX);
+    EXPECT_STREQ("0.0.0.0", stInfo.szAddress);
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, GetProcessInfo(nullptr));
+}
+
+struct StartCase {
+    const char* szLine;
+    const char* szExpected;  // null: the line is refused
+};
+
+TEST(NyProcessInfoTest, StartTimeLinesBecomeDateAndClockDigits) {
+    const StartCase aCases[] = {
+        {"Mon#Jan#15#103045#2024\n", "20240115103045"},
+        {"Sun#Dec#31#235959#1999", "19991231235959"},
+        {"Tue#Feb#3#000501#2026\n", "20260203000501"},
+        {"Wed#Jun#9#070000#2021", "20210609070000"},
+        {"Mon#Foo#15#103045#2024", nullptr},
+        {"Mon#Jan#15#103045", nullptr},
+        {"", nullptr},
+        {"Mon#Jan#32#103045#2024", nullptr},
+    };
+    for (const StartCase& c : aCases) {
+        SCOPED_TRACE(c.szLine);
+        char szTime[NY_PROCESS_START_TIME_SIZE] = {};
+        uint32_t u4Result = ParseProcessStartTime(c.szLine, szTime, sizeof(szTime));
+        if (c.szExpected != nullptr) {
+            EXPECT_EQ(NY_OK, u4Result);
+            EXPECT_STREQ(c.szExpected, szTime);
+        } else {
+            EXPECT_EQ(NY_ERR_NOT_FOUND, u4Result);
+        }
+    }
+}
+
+TEST(NyProcessInfoTest, StartTimeOfThisProcessIsRecent) {
+    char szTime[32] = {};
+    ASSERT_EQ(NY_OK, GetProcessStartTime(static_cast<uint32_t>(getpid()), szTime, sizeof(szTime)));
+    ASSERT_EQ(14u, strlen(szTime));
+    time_t tNow = time(nullptr);
+    struct tm stNow = {};
+    localtime_r(&tNow, &stNow);
+    int iYear = std::stoi(std::string(szTime, 4));
+    EXPECT_LE(stNow.tm_year + 1900 - 1, iYear) << szTime;  // a start just before new year
+    EXPECT_GE(stNow.tm_year + 1900, iYear) << szTime;
+    int iMonth = std::stoi(std::string(szTime + 4, 2));
+    EXPECT_TRUE(iMonth >= 1 && iMonth <= 12) << szTime;
+}
+
+TEST(NyProcessInfoTest, StartTimeRefusesSmallBuffersAndUnknownProcesses) {
+    char szTime[NY_PROCESS_START_TIME_SIZE];
+    uint32_t u4Pid = static_cast<uint32_t>(getpid());
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, GetProcessStartTime(u4Pid, szTime, sizeof(szTime) - 1));
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, GetProcessStartTime(u4Pid, nullptr, sizeof(szTime)));
+    pid_t pid = NyTestForkChild([] { return 0; });
+    ASSERT_EQ(0, NyTestWaitChild(pid, 5000));
+    EXPECT_EQ(NY_ERR_NOT_FOUND,
+              GetProcessStartTime(static_cast<uint32_t>(pid), szTime, sizeof(szTime)));
+}
+
+}  // namespace

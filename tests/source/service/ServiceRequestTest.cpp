@@ -73,10 +73,9 @@ TEST_F(ServiceRequestTest, DialogThatCannotRunLeavesItsTrailInTheLog) {
     uint32_t u4Result = Process(blkReq, sizeof(blkReq), &blkAnswer);
     ASSERT_NE(NY_OK, u4Result);
 
-    std::vector<std::string> vExpected = {"CUiService::RunUi() enter",
-                                          "enUiCmdType:00010004,enCTT:0000000f",
-                                          "CUiService::RunUi() leave",
-                                          "pblkResp->enRes = UI_RESULT_NOT_PROCESSED"};
+    std::vector<std::string> vExpected = {
+        "CUiService::RunUi() enter", "enUiCmdType:00010004,enCTT:0000000f",
+        "CUiService::RunUi() leave", "pblkResp->enRes = UI_RESULT_NOT_PROCESSED"};
     EXPECT_EQ(vExpected, capture.MessagesAt(LOG_TRACE));
     char szResult[32];
     snprintf(szResult, sizeof(szResult), "u4Result = %08X", u4Result);

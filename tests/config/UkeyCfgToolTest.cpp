@@ -1,0 +1,140 @@
+// ukey-cfg as support staff run it: outputs and exit codes.
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/NyTestNames.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+struct ToolRun {
+    int iExit;
+    std::string strOutput;  // stdout and stderr together
+};
+
+ToolRun RunTool(const std::vector<std::string>& vArgs) {
+    std::vector<std::string> vArgv{NyTestBinPath("ukey-cfg")};
+    vArgv.insert(vArgv.end(), vArgs.begin(), vArgs.end());
+    std::string strFile = "/tmp/" + NyTestUniqueName("ukey-cfg-test") + ".out";
+    ToolRun run{-1, ""};
+    pid_t pid = NyTestSpawn(vArgv, strFile);
+    EXPECT_GT(pid, 0);
+    if (pid > 0) {
+        run.iExit = NyTestWaitChild(pid, 10000);
+        if (run.iExit == -1) {
+            NyTestKillChild(pid);
+        }
+    }
+    std::ifstream file(strFile);
+    std::stringstream ss;
+    ss << file.rdbuf();
+    run.strOutput = ss.str();
+    unlink(strFile.c_str());
+    return run;
+}
+
+TEST(UkeyCfgTool, ShowsEntriesAndSummary) {
+    struct {
+        std::vector<std::string> vArgs;
+        std::string strOutput;
+    } const aCases[] = {
+        {{"info"},
+         "image: 33896 bytes, 330 entries\n"
+         "group 0: 72 text, 8 u8, 2 u32, 3 raw\n"
+         "group 1: 5 text, 26 u8, 34 u32, 1 raw\n"
+         "group 2: 171 text, 5 u8, 1 u16, 2 u32\n"},
+        {{"get", "0x0021007E", "--lang", "en"}, "Please input UKey PIN (6-16 chars)\n"},
+        {{"get", "0x0021007E"}, "请输入UKey密码（6-16字符）\n"},
+        {{"get", "0021007e", "--raw", "--lang", "zh-TW"},
+         "請輸入$(0x00010002)$(0x00010003)（$(0x00020010)-$(0x00020011)字符）\n"},
+        {{"get", "0x00210070", "--lang", "en"},
+         "Please check the information shown on your UKey carefully.\r\nPress \"OK\" button on "
+         "UKey "
+         "to continue if it's correct. Otherwise press \"C\" button to cancel the tradation.\n"},
+        {{"get", "0x00020011"}, "16\n"},
+        {{"get", "0x00220008", "--raw"}, "1\n"},
+        {{"get", "0x0000001C"}, "A0 00 00 06 47 48 4C 55 4B 01\n"},
+    };
+    for (const auto& c : aCases) {
+        ToolRun run = RunTool(c.vArgs);
+        EXPECT_EQ(run.iExit, 0) << c.vArgs[0];
+        EXPECT_EQ(run.strOutput, c.strOutput);
+    }
+}
+
+TEST(UkeyCfgTool, LookupFailuresExitWithOne) {
+    struct {
+        std::vector<std::string> vArgs;
+        std::string strOutput;
+    } const aCases[] = {
+        {{"get", "0x00010999"}, "ukey-cfg: no entry 0x00010999\n"},
+        {{"get", "0x00040010"}, "ukey-cfg: 0x00040010 is stored with another type\n"},
+        {{"get", "0x00820001"}, "ukey-cfg: no entry 0x00820001\n"},
+    };
+    for (const auto& c : aCases) {
+        ToolRun run = RunTool(c.vArgs);
+        EXPECT_EQ(run.iExit, 1) << c.vArgs[1];
+        EXPECT_EQ(run.strOutput, c.strOutput);
+    }
+}
+
+TEST(UkeyCfgTool, MalformedArgumentsExitWithTwoAndShowUsage) {
+    struct {
+        std::vector<std::string> vArgs;
+        std::string strReason;
+    } const aCases[] = {
+        {{}, "no command given"},
+        {{"frobnicate"}, "unknown command 'frobnicate'"},
+        {{"get"}, "get needs an id"},
+        {{"get", "zz"}, "bad id 'zz'"},
+        {{"get", "0x"}, "bad id '0x'"},
+        {{"get", "0x100210070"}, "bad id '0x100210070'"},
+        {{"get", "0x0021007E", "--lang"}, "--lang takes zh-CN, en or zh-TW"},
+        {{"get", "0x0021007E", "--lang", "fr"}, "--lang takes zh-CN, en or zh-TW"},
+        {{"get", "0x0021007E", "extra"}, "unexpected argument 'extra'"},
+        {{"list", "--raw"}, "unexpected argument '--raw'"},
+        {{"info", "--lang", "en"}, "unexpected argument '--lang'"},
+    };
+    for (const auto& c : aCases) {
+        ToolRun run = RunTool(c.vArgs);
+        EXPECT_EQ(run.iExit, 2) << c.strReason;
+        EXPECT_EQ(run.strOutput.rfind("ukey-cfg: " + c.strReason, 0), 0u) << run.strOutput;
+        EXPECT_NE(run.strOutput.find("usage: ukey-cfg get ID"), std::string::npos) << c.strReason;
+    }
+}
+
+TEST(UkeyCfgTool, ListShowsEveryEntryOnOneLine) {
+    ToolRun run = RunTool({"list", "--lang", "en"});
+    ASSERT_EQ(run.iExit, 0);
+    std::vector<std::string> vLines;
+    std::istringstream ss(run.strOutput);
+    for (std::string strLine; std::getline(ss, strLine);) {
+        vLines.push_back(strLine);
+    }
+    ASSERT_EQ(vLines.size(), 330u);
+    EXPECT_EQ(vLines.front(), "0x0000001A\traw\t5C 1A 7E 2B 3D 84 4F 61 9A 0C 7B 2E 48 D1 F0 A3");
+    auto Contains = [&](const std::string& strLine) {
+        return std::find(vLines.begin(), vLines.end(), strLine) != vLines.end();
+    };
+    EXPECT_TRUE(Contains("0x00020010\tu8\t6"));
+    EXPECT_TRUE(Contains("0x00210077\ttext\t%ds left"));
+    EXPECT_TRUE(
+        Contains("0x00010049\ttext\tYour UKey PIN has been locked, please contact the bank "
+                 "to unblock it!"));
+    EXPECT_TRUE(
+        Contains("0x00210074\ttext\tPlease press UKey button: press \"OK\" to continue, "
+                 "and \"C\" to cancel the operation."));
+    EXPECT_TRUE(
+        Contains("0x0021006E\ttext\tYou are going to unblock the PIN of your UKey.\\r\\n"
+                 "Press \"OK\" button on the UKey if you want to continue.\\r\\nPress \"C\" "
+                 "button to cancel the operation."));
+}
+
+}  // namespace

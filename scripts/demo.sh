@@ -1,7 +1,70 @@
 #!/usr/bin/env bash
-# Installs what is missing and builds the server and its tools.
+# The first thing to run: installs what is missing, builds, starts the UI server and asks it for
+# a PIN through ukey-uictl, then prints the answer.
+#
+# With a display (DISPLAY reachable) the verify dialog appears there for you to answer. Without
+# one, the demo brings up a private Xvfb with a window manager, types a PIN itself, saves a
+# screenshot of the dialog as demo.png in the current directory, presses Enter and prints the
+# answer.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/install-deps.sh"
 "$root/scripts/build.sh" normal
-echo "built: $(ls "$root/build/bin")"
+bin="$root/build/bin"
+request=(verify --min 6 --max 16)
+
+if [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1; then
+    echo "demo: answer the dialog on display $DISPLAY"
+    exec "$bin/ukey-uictl" "${request[@]}"
+fi
+
+work=$(mktemp -d)
+pids=()
+cleanup() {
+    for pid in "${pids[@]}"; do
+        kill "$pid" 2>/dev/null || true
+    done
+    wait 2>/dev/null || true
+    rm -rf "$work"
+}
+trap cleanup EXIT
+
+# Waits up to $1 seconds for the command after it to succeed.
+wait_for() {
+    local seconds=$1
+    shift
+    for ((i = 0; i < seconds * 10; i++)); do
+        "$@" >/dev/null 2>&1 && return 0
+        sleep 0.1
+    done
+    echo "demo: gave up waiting for: $*" >&2
+    return 1
+}
+
+echo "demo: no display; starting a private Xvfb with openbox"
+Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
+pids+=($!)
+wait_for 10 test -s "$work/display"
+export DISPLAY=":$(head -n1 "$work/display")"
+openbox --sm-disable >/dev/null 2>&1 &
+pids+=($!)
+wait_for 10 sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+
+"$bin/ukey-uictl" "${request[@]}" >"$work/answer" 2>&1 &
+uictl=$!
+pids+=($uictl)
+window=$(timeout 30 xdotool search --sync --onlyvisible --name 'UKey' | tail -n1)
+sleep 0.5  # the dialog takes the keyboard once mapped
+xdotool type --delay 40 'abc123'
+# The dialog with its title bar: the client's place widened by the window manager's frame.
+read -r X Y WIDTH HEIGHT < <(xwininfo -id "$window" | awk '
+    /Absolute upper-left X/ {x = $NF} /Absolute upper-left Y/ {y = $NF}
+    /Width:/ {w = $NF} /Height:/ {h = $NF} END {print x, y, w, h}')
+read -r left right top bottom < <(xprop -id "$window" _NET_FRAME_EXTENTS | tr -dc '0-9 ' | xargs)
+fw=$((WIDTH + left + right)) fh=$((HEIGHT + top + bottom)) fx=$((X - left)) fy=$((Y - top))
+import -window root -crop "${fw}x${fh}+${fx}+${fy}" +repage demo.png
+echo "demo: typed the PIN abc123; screenshot saved as $PWD/demo.png"
+xdotool key Return
+wait "$uictl"
+echo "demo: the server answered:"
+cat "$work/answer"

@@ -162,6 +162,22 @@ unsigned int GUIBase::GetResourceDir(char* szDir) {
 void GUIBase::AcquireGui() {
     g_mutex_lock(&s_GuiMutex);
     gdk_threads_enter();
+    UseSharedFontMap();
+}
+
+// Pango keeps its default font map per thread, and every asynchronous dialog runs on a thread
+// of its own: without this each dialog would load the system's fonts afresh, which costs more
+// than building the rest of the window. One map serves every dialog thread in turn (they run
+// one at a time, under the GDK lock).
+void GUIBase::UseSharedFontMap() {
+    static PangoFontMap* s_pFontMap = nullptr;
+    if (s_pFontMap == nullptr) {
+        s_pFontMap = pango_cairo_font_map_get_default();
+        g_object_ref(s_pFontMap);
+        return;
+    }
+    // Asking a new thread for its default would already build a map of its own: set it at once.
+    pango_cairo_font_map_set_default(PANGO_CAIRO_FONT_MAP(s_pFontMap));
 }
 
 void GUIBase::ReleaseGui() {

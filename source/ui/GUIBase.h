@@ -86,9 +86,12 @@ protected:
     // The executable's directory into szDir (NY_GUI_PATH_SIZE bytes); NY_ERR_BAD_ARGUMENT when
     // it cannot be read or comes out empty.
     static unsigned int GetResourceDir(char* szDir);
-    // Takes s_GuiMutex, then the GDK lock; ReleaseGui gives both back.
+    // Takes s_GuiMutex, then the GDK lock, and sets up the thread for GTK work; ReleaseGui
+    // gives both locks back.
     static void AcquireGui();
     static void ReleaseGui();
+    // Makes the calling thread draw with the font map shared by all dialogs.
+    static void UseSharedFontMap();
     // "<szDir>/res/<szName>" into szPath (NY_GUI_PATH_SIZE bytes).
     static void ResourcePath(const char* szDir, const char* szName, char* szPath);
     // A builder over res/<szGladeName>; a missing or broken file is left to GTK's warnings

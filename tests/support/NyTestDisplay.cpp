@@ -31,6 +31,8 @@ pid_t SpawnGroup(const std::vector<std::string>& vArgs) {
     pid_t pid = fork();
     if (pid == 0) {
         setpgid(0, 0);
+        // Should the test be killed, its display goes with it.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
         int fdNull = open("/dev/null", O_RDWR);
         dup2(fdNull, STDIN_FILENO);
         dup2(fdNull, STDOUT_FILENO);

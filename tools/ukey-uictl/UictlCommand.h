@@ -35,6 +35,10 @@ const BlkUictlCommandTag* UictlFindCommand(const std::string& strName);
 // Option handlers of the subcommands.
 bool UictlRawOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
                     std::string* pstrError);
+bool UictlVerifyOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
+                       std::string* pstrError);
+bool UictlMessageOption(const std::string& strName, const std::string& strValue,
+                        tagBlkUiParam* pReq, std::string* pstrError);
 
 // Helpers for option handlers: numbers in decimal or 0x-hex, and OFFSET=VALUE pairs.
 bool UictlParseU32(const std::string& strText, uint32_t* pu4Value);

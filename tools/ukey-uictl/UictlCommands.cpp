@@ -6,6 +6,13 @@
 const BlkUictlCommandTag g_aUictlCommands[] = {
     {"raw", "send a block given field by field; the answer includes the whole block",
      "--cmd TYPE  --mode MODE  --u32 OFFSET=VALUE (repeatable)", 0, UictlRawOption, true},
+    {"verify", "ask for a PIN; the answer carries it and its length",
+     "--min N  --max N (0: no limit)  --kind N (2: the administrator's PIN)", UI_CMD_VERIFY_PIN,
+     UictlVerifyOption, false},
+    {"message",
+     "show a message for a result code (or 0 with a success kind); the answer "
+     "carries the button chosen",
+     "--id HEX (message id)  --param N", UI_CMD_MESSAGE, UictlMessageOption, false},
 };
 const size_t g_cUictlCommands = sizeof(g_aUictlCommands) / sizeof(g_aUictlCommands[0]);
 

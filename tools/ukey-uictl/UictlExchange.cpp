@@ -39,14 +39,24 @@ uint32_t Send(CNyUiClient* pClient, const BlkUictlOptionsTag& options, const tag
                             : pClient->Exchange(pReq, pAnswer);
 }
 
-// Polls a started asynchronous dialog to its end, then closes it.
+// Polls a started asynchronous dialog to its end, then closes it. With --terminate-after a
+// dialog still open then is terminated, and the answer is the terminate's.
 uint32_t FinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
-                     tagBlkUiParam* pAnswer, std::string* pstrError) {
+                     tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice) {
     const uint8_t* pu1Seed = options.bProtect ? options.au1Seed : nullptr;
-    uint32_t u4Result =
-        pClient->PollUntilDone(pAnswer, options.u4PollMs, options.u4TimeoutMs, pu1Seed);
+    uint32_t u4Limit =
+        options.u4TerminateAfterMs != 0 ? options.u4TerminateAfterMs : options.u4TimeoutMs;
+    uint32_t u4Result = pClient->PollUntilDone(pAnswer, options.u4PollMs, u4Limit, pu1Seed);
+    bool bTerminate = options.u4TerminateAfterMs != 0 && u4Result == NY_ERR_CLIENT_POLL_TIMEOUT;
     tagBlkUiParam blkClosed;
-    pClient->SendCommand(UI_CMD_TERMINATE, &blkClosed, pu1Seed);
+    uint32_t u4Closed =
+        pClient->SendCommand(UI_CMD_TERMINATE, bTerminate ? pAnswer : &blkClosed, pu1Seed);
+    if (bTerminate) {
+        *pstrNotice =
+            "terminated the dialog after " + std::to_string(options.u4TerminateAfterMs) + " ms";
+        return u4Closed == NY_OK ? NY_OK
+                                 : Fail(u4Closed, "the dialog could not be terminated", pstrError);
+    }
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the dialog did not finish", pstrError);
     }
@@ -73,7 +83,7 @@ uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* p
     bool bStartedAsync =
         options.bAsync && pReq->u4Mode == UI_MODE_ASYNC && pAnswer->enRes == UI_RESULT_PENDING;
     if (bStartedAsync) {
-        u4Result = FinishAsync(&client, options, pAnswer, pstrError);
+        u4Result = FinishAsync(&client, options, pAnswer, pstrError, pstrNotice);
     }
     client.CloseSession();
     return u4Result;

@@ -47,8 +47,11 @@ int ApplyCommonValue(const std::string& strName, const std::string& strValue,
     } else if (strName == "--protect") {
         pOptions->bProtect = true;
         bOk = ParseSeed(strValue, pOptions->au1Seed);
-    } else if (strName == "--id") {
+    } else if (strName == "--interaction") {
         bOk = UictlParseU32(strValue, &pOptions->u4InteractionId);
+    } else if (strName == "--terminate-after") {
+        bOk = UictlParseU32(strValue, &pOptions->u4TerminateAfterMs) &&
+              pOptions->u4TerminateAfterMs != 0;
     } else if (strName == "--timeout") {
         bOk = UictlParseU32(strValue, &pOptions->u4TimeoutMs);
     } else if (strName == "--poll") {
@@ -126,8 +129,9 @@ std::string UictlUsage() {
         "  --main NAME       join the server of that main session (default: start one)\n"
         "  --server PATH     the server to start (default: ukey-uiserver beside ukey-uictl)\n"
         "  --keep            leave a started server running and print its main session name\n"
-        "  --id N            interaction id (default 1)\n"
+        "  --interaction N   interaction id (default 1)\n"
         "  --async           start the dialog asynchronously and poll its status\n"
+        "  --terminate-after MS  with --async: terminate a dialog still open after MS ms\n"
         "  --poll MS         interval of the status polls (default 100)\n"
         "  --timeout MS      give up polling after MS milliseconds\n"
         "  --protect SEEDHEX protect the exchange with this 16-byte seed (32 hex digits)\n"

@@ -16,7 +16,8 @@ struct BlkUictlOptionsTag {
     bool bKeep = false;     // --keep: leave a started server running
     bool bProtect = false;  // --protect SEEDHEX given
     uint8_t au1Seed[NY_UI_KEY_SEED_SIZE] = {};
-    uint32_t u4InteractionId = 1;                   // --id N
+    uint32_t u4InteractionId = 1;     // --interaction N
+    uint32_t u4TerminateAfterMs = 0;  // --terminate-after MS: end a still pending dialog (0: never)
     uint32_t u4TimeoutMs = NY_CLIENT_WAIT_FOREVER;  // --timeout MS: limit of the asynchronous polls
     uint32_t u4PollMs = 100;                        // --poll MS: interval of the asynchronous polls
 };

@@ -11,6 +11,7 @@
 #include "NyGuiTestEnv.h"
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
+#include "support/NyTestLogCapture.h"
 #include "ui/GUIEntryFilter.h"
 #include "ui/GUIverify.h"
 
@@ -22,36 +23,18 @@ public:
     using GUIBase::GetResourceDir;
 };
 
-struct BlkLogCapture {
-    std::vector<std::string> vMessages;
-    static void Sink(const tagBlkLogItem* pItem, void* pvSelf) {
-        static_cast<BlkLogCapture*>(pvSelf)->vMessages.push_back(pItem->szMessage);
-    }
-};
-
-const tagBlkLogParam g_blkLogOff = {NY_LOG_MODE_OFF, {0}};
-
 class GUIBaseTest : public testing::Test {
 protected:
-    void SetUp() override {
-        NyLogSetInitParam(&g_blkLogOff);
-        NyLogInit();
-        NyLogSetSink(BlkLogCapture::Sink, &m_log);
-    }
-    void TearDown() override {
-        NyLogSetSink(nullptr, nullptr);
-        NyLogFinal();
-        NyLogSetInitParam(nullptr);
-    }
-    bool Logged(const std::string& strMessage) const {
-        for (const std::string& str : m_log.vMessages) {
+    // Whether a record at error level carried exactly this message.
+    bool LoggedError(const std::string& strMessage) const {
+        for (const std::string& str : m_log.MessagesAt(LOG_ERROR)) {
             if (str == strMessage) {
                 return true;
             }
         }
         return false;
     }
-    BlkLogCapture m_log;
+    CNyTestLogCapture m_log;
 };
 
 std::string ExecutableDir() {
@@ -76,7 +59,7 @@ TEST_F(GUIBaseTest, ModuleFileNameThatFillsTheBufferFailsAndLogs) {
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT,
               GUIBase::GetModuleFileName(vBuf.data(), static_cast<unsigned>(vBuf.size())));
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, GUIBase::GetModuleFileName(nullptr, 256));
-    EXPECT_TRUE(Logged("GUIBase::GetModuleFileName function error"));
+    EXPECT_TRUE(LoggedError("GUIBase::GetModuleFileName function error"));
 }
 
 TEST_F(GUIBaseTest, WidgetFontGoesToTheWidgetOrToItsLabel) {
@@ -113,7 +96,7 @@ TEST_F(GUIBaseTest, WidgetFontRefusesMissingArguments) {
     g_object_ref_sink(pLabel);
     g_object_unref(pLabel);
     gdk_threads_leave();
-    EXPECT_TRUE(Logged("GUIBase::SetWidgetFont() param is error"));
+    EXPECT_TRUE(LoggedError("GUIBase::SetWidgetFont() param is error"));
 }
 
 TEST_F(GUIBaseTest, BackgroundIsLightGreyForTheNormalState) {

@@ -10,21 +10,13 @@
 #include <string>
 #include <thread>
 
-#include "CConfig.h"
+#include "NyGuiTestText.h"
 #include "support/NyTestAccessible.h"
 #include "ui/GUIBase.h"
 #include "uiblock/NyUiParam.h"
 
 // Time a window or a text gets to appear (generous: CI machines run many suites at once).
 constexpr unsigned int NY_GUI_TEST_WAIT_MS = 30000;
-
-// The configuration the server uses: the built-in image in the product language.
-std::unique_ptr<CConfig> NyGuiTestConfig();
-// Text u4Id of that configuration, references expanded.
-std::string NyGuiTestText(unsigned int u4Id);
-
-// A request block of command u4CmdType with two payload words at 312 and 316.
-tagBlkUiParam NyGuiTestRequest(uint32_t u4CmdType, uint32_t u4First, uint32_t u4Second);
 
 // Runs a dialog's run() on a thread of its own.
 class CGuiTestRun {

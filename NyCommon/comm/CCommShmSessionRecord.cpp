@@ -154,3 +154,17 @@ bool CCommShmSessionRecord::Release(void* hSession, BlkCommShmInfoTag* pToDestro
         return true;
     });
 }
+
+void CCommShmSessionRecord::ForkPrepare() {
+    m_lock.Lock();
+}
+
+void CCommShmSessionRecord::ForkParent() {
+    m_lock.Unlock();
+}
+
+void CCommShmSessionRecord::ForkChild() {
+    m_mapLive.clear();
+    m_mapClosing.clear();
+    m_lock.ResetAfterFork();
+}

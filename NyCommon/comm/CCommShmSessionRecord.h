@@ -37,6 +37,13 @@ public:
     // then destroys *pToDestroy.
     bool Release(void* hSession, BlkCommShmInfoTag* pToDestroy);
 
+    // Around fork(): the table is locked while the process is copied; the child then forgets
+    // every channel, since the objects' locks and holds stay with the parent (handles are
+    // dropped, not closed).
+    void ForkPrepare();
+    void ForkParent();
+    void ForkChild();
+
 private:
     struct BlkEntryTag {
         BlkCommShmInfoTag blkInfo;

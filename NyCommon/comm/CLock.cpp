@@ -23,3 +23,9 @@ bool CLock::Lock() {
 bool CLock::Unlock() {
     return m_hMutex != nullptr && NyMutexRelease(m_hMutex) == 0;
 }
+
+void CLock::ResetAfterFork() {
+    if (NyMutexCreate(nullptr, &m_hMutex) != 0) {
+        m_hMutex = nullptr;
+    }
+}

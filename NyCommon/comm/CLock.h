@@ -16,6 +16,10 @@ public:
     bool Lock();
     bool Unlock();
 
+    // In a child after fork() while the lock was held: the holding thread does not exist here,
+    // so the old mutex is abandoned (not destroyed) and a fresh nameless one replaces it.
+    void ResetAfterFork();
+
 private:
     NY_MUTEX_HANDLE m_hMutex;
 };

@@ -134,6 +134,14 @@ uint32_t CNyShmCommunication::GenerateRecord(const BlkCommShmInitParamTag* pShmP
     return 0;
 }
 
+// The extended fields count only in an extended parameter block.
+uint32_t CNyShmCommunication::GenerateRecordFor(const BlkCommInitParamTag& blkParam, bool bCreate,
+                                                BlkCommShmInfoTag* pInfo) {
+    bool bEx = blkParam.u4Type == COMM_INIT_TYPE_EX;
+    return GenerateRecord(&blkParam.blkShm, bEx ? blkParam.u4Global : 0,
+                          bEx ? blkParam.pSecurityAttributes : nullptr, bCreate, pInfo);
+}
+
 uint32_t CNyShmCommunication::OpenObjects(uint32_t u4Global, BlkCommShmInfoTag* pInfo) {
     char szMutex[OBJECT_NAME_SIZE] = {};
     if (!NyStrPrintf(szMutex, sizeof(szMutex), "%s%s", pInfo->szName, SZ_SUFFIX_MUTEX)) {
@@ -189,11 +197,8 @@ uint32_t CNyShmCommunication::StartLocked(const BlkCommInitParamTag& blkParam,
     if (m_sessionRecord.Find(blkParam.blkShm.szName, phSession, nullptr)) {
         return 0;
     }
-    bool bEx = blkParam.u4Type == COMM_INIT_TYPE_EX;
     BlkCommShmInfoTag blkInfo = {};
-    uint32_t u4Result =
-        GenerateRecord(&blkParam.blkShm, bEx ? blkParam.u4Global : 0,
-                       bEx ? blkParam.pSecurityAttributes : nullptr, true, &blkInfo);
+    uint32_t u4Result = GenerateRecordFor(blkParam, true, &blkInfo);
     if (u4Result != 0) {
         return u4Result;
     }
@@ -241,11 +246,8 @@ uint32_t CNyShmCommunication::Connect(const BlkCommInitParamTag* pParam, uint32_
 
 uint32_t CNyShmCommunication::ConnectNew(const BlkCommInitParamTag& blkParam, uint32_t u4TimeoutMs,
                                          NY_COMM_HANDLE* phSession) {
-    bool bEx = blkParam.u4Type == COMM_INIT_TYPE_EX;
     BlkCommShmInfoTag blkInfo = {};
-    uint32_t u4Result =
-        GenerateRecord(&blkParam.blkShm, bEx ? blkParam.u4Global : 0,
-                       bEx ? blkParam.pSecurityAttributes : nullptr, false, &blkInfo);
+    uint32_t u4Result = GenerateRecordFor(blkParam, false, &blkInfo);
     if (u4Result != 0) {
         return u4Result;
     }
@@ -545,4 +547,19 @@ uint32_t CNyShmCommunication::DefaultResponse(NY_COMM_HANDLE hSession) {
         return 1;
     }
     return 0;
+}
+
+void CNyShmCommunication::ForkPrepare() {
+    m_lockStart.Lock();
+    m_sessionRecord.ForkPrepare();
+}
+
+void CNyShmCommunication::ForkParent() {
+    m_sessionRecord.ForkParent();
+    m_lockStart.Unlock();
+}
+
+void CNyShmCommunication::ForkChild() {
+    m_sessionRecord.ForkChild();
+    m_lockStart.ResetAfterFork();
 }

@@ -44,6 +44,11 @@ public:
     // command 2 is answered with signal 2 and no data (1); anything else is left alone (0).
     uint32_t DefaultResponse(NY_COMM_HANDLE hSession);
 
+    // fork() handlers: a child starts with no channels open (see CCommShmSessionRecord).
+    void ForkPrepare();
+    void ForkParent();
+    void ForkChild();
+
 private:
     class CChannelUse;
 
@@ -53,6 +58,8 @@ private:
     static uint32_t CheckInitParam(const BlkCommInitParamTag* pParam, NY_COMM_HANDLE* phSession);
     static uint32_t GenerateRecord(const BlkCommShmInitParamTag* pShmParam, uint32_t u4Global,
                                    void* pSecurity, bool bCreate, BlkCommShmInfoTag* pInfo);
+    static uint32_t GenerateRecordFor(const BlkCommInitParamTag& blkParam, bool bCreate,
+                                      BlkCommShmInfoTag* pInfo);
     static uint32_t OpenObjects(uint32_t u4Global, BlkCommShmInfoTag* pInfo);
     static void DestroyRecord(BlkCommShmInfoTag* pInfo);
     static uint32_t WriteMessage(const BlkCommShmInfoTag& blkInfo,

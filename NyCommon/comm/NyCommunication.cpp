@@ -2,6 +2,8 @@
 // logs a failure's code ("u4Result = %08X", level 2) before returning it.
 #include "comm/NyCommunication.h"
 
+#include <pthread.h>
+
 #include <cerrno>
 
 #include "comm/CNyShmCommunication.h"
@@ -11,8 +13,18 @@ namespace {
 
 // The process's one channel object. Made on first use and deliberately never destroyed, so
 // that threads still serving or waiting while the process exits never touch a destroyed table.
+CNyShmCommunication* m_pShmCommunication = nullptr;
+
+CNyShmCommunication* MakeShmCommunication() {
+    m_pShmCommunication = new CNyShmCommunication;
+    pthread_atfork([] { m_pShmCommunication->ForkPrepare(); },
+                   [] { m_pShmCommunication->ForkParent(); },
+                   [] { m_pShmCommunication->ForkChild(); });
+    return m_pShmCommunication;
+}
+
 CNyShmCommunication& ShmCommunication() {
-    static CNyShmCommunication* s_pShmCommunication = new CNyShmCommunication;
+    static CNyShmCommunication* s_pShmCommunication = MakeShmCommunication();
     return *s_pShmCommunication;
 }
 

@@ -4,20 +4,17 @@
 
 #include <cstring>
 
+#include "os/NyAtomic.h"
+
 namespace {
 
 constexpr size_t NY_LFQ_SLOTS_OFFSET = sizeof(BlkLockfreeQueueTag);
 constexpr size_t NY_LFQ_SPARE_BYTES = 1;
 
-// The counters live in memory shared with other processes: every access is atomic, and a
-// record's bytes become visible before the commit that publishes them.
+// The counters live in memory shared with other processes: every access is atomic (loads
+// acquire, updates are full barriers), so a record's bytes are visible before its commit.
 uint32_t Load(const uint32_t* pu4Word) {
     return __atomic_load_n(pu4Word, __ATOMIC_ACQUIRE);
-}
-
-bool Cas(uint32_t* pu4Word, uint32_t u4Expected, uint32_t u4Desired) {
-    return __atomic_compare_exchange_n(pu4Word, &u4Expected, u4Desired, false, __ATOMIC_SEQ_CST,
-                                       __ATOMIC_SEQ_CST);
 }
 
 // Adds u4Delta (modulo 2^32) unless the word already holds u4Bound.
@@ -27,7 +24,7 @@ bool StepBounded(uint32_t* pu4Word, uint32_t u4Bound, uint32_t u4Delta) {
         if (u4Old == u4Bound) {
             return false;
         }
-        if (Cas(pu4Word, u4Old, u4Old + u4Delta)) {
+        if (NyAtomicCAS32(pu4Word, u4Old, u4Old + u4Delta)) {
             return true;
         }
     }
@@ -105,16 +102,16 @@ int32_t CLockfreeArrayQueue::Push(const tagBlkLogItem& item) {
                 sched_yield();
                 continue;
             }
-            if (!Cas(&m_pHeader->u4Commit, u4Commit, u4Reserve)) {
+            if (!NyAtomicCAS32(&m_pHeader->u4Commit, u4Commit, u4Reserve)) {
                 continue;
             }
         }
-        if (!Cas(&m_pHeader->u4Reserve, u4Reserve, u4Reserve + 1)) {
+        if (!NyAtomicCAS32(&m_pHeader->u4Reserve, u4Reserve, u4Reserve + 1)) {
             u4Spins = 0;
             continue;
         }
         memcpy(SlotAt(u4Reserve), &item, NY_LOG_ITEM_SIZE);
-        Cas(&m_pHeader->u4Commit, u4Reserve, u4Reserve + 1);
+        NyAtomicCAS32(&m_pHeader->u4Commit, u4Reserve, u4Reserve + 1);
         return NY_LFQ_OK;
     }
 }
@@ -147,7 +144,7 @@ int32_t CLockfreeArrayQueue::Pop(tagBlkLogItem* pOut, unsigned int& u4Count) {
             return NY_LFQ_EMPTY;
         }
         CopyOut(u4Read, u4Take, pOut);
-        if (Cas(&m_pHeader->u4Read, u4Read, u4Read + u4Take)) {
+        if (NyAtomicCAS32(&m_pHeader->u4Read, u4Read, u4Read + u4Take)) {
             u4Count = u4Take;
             return NY_LFQ_OK;
         }
@@ -170,7 +167,7 @@ uint32_t CLockfreeArrayQueue::Discard(uint32_t u4Count) {
     if (u4Drop == 0) {
         return 1;
     }
-    return Cas(&m_pHeader->u4Read, u4Read, u4Read + u4Drop) ? 1 : 0;
+    return NyAtomicCAS32(&m_pHeader->u4Read, u4Read, u4Read + u4Drop) ? 1 : 0;
 }
 
 uint32_t CLockfreeArrayQueue::Count() const {
@@ -188,7 +185,7 @@ uint32_t CLockfreeArrayQueue::Count() const {
 
 void CLockfreeArrayQueue::AddConsumerHeartbeatCount() {
     if (CheckBuffer()) {
-        __atomic_add_fetch(&m_pHeader->u4Heartbeat, 1, __ATOMIC_SEQ_CST);
+        NyAtomicAdd32(&m_pHeader->u4Heartbeat, 1);
     }
 }
 
@@ -208,7 +205,7 @@ bool CLockfreeArrayQueue::ResetConsumerListeningCount() {
     if (!CheckBuffer()) {
         return false;
     }
-    return Cas(&m_pHeader->u4Listening, Load(&m_pHeader->u4Listening), 0);
+    return NyAtomicCAS32(&m_pHeader->u4Listening, Load(&m_pHeader->u4Listening), 0);
 }
 
 uint32_t CLockfreeArrayQueue::GetConsumerListeningCount() const {

@@ -4,10 +4,14 @@
 #include <gdk/gdkx.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
 
+#include "CConfig.h"
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
+#include "runtime/NySafe.h"
+#include "uiblock/NyUiParam.h"
 
 GMutex GUIBase::s_GuiMutex;
 
@@ -15,6 +19,26 @@ namespace {
 
 // 16-bit GDK colour components of the dialogs' light grey background.
 constexpr guint16 NY_GUI_BG_COMPONENT = 0xF0F0;
+// Text shown on a PIN entry's counter label: a format with the character count.
+constexpr unsigned int NY_GUI_ID_INPUT_COUNT = 0x210085;
+constexpr gunichar NY_GUI_PIN_MASK_CHAR = '*';
+
+// Once the window manager has mapped the dialog, the dialog asks to be the active window, so
+// that the keyboard cannot fall back to the application that had it before.
+gboolean ActivateWhenMapped(GtkWidget* pWidget, GdkEvent* /*pEvent*/, gpointer /*pvData*/) {
+    GdkWindow* pWindow = gtk_widget_get_window(pWidget);
+    if (pWindow != nullptr) {
+        gdk_window_focus(pWindow, gdk_x11_get_server_time(pWindow));
+    }
+    return FALSE;
+}
+
+gboolean QuitWhenFinished(gpointer pvFinished) {
+    if (static_cast<const std::atomic<uint32_t>*>(pvFinished)->load() != 0) {
+        gtk_main_quit();
+    }
+    return TRUE;
+}
 
 }  // namespace
 
@@ -107,4 +131,182 @@ void GUIBase::SetInputFoucs(GtkWidget* pWidget) {
     Display* pXDisplay = GDK_DISPLAY_XDISPLAY(pDisplay);
     XSetInputFocus(pXDisplay, XDefaultRootWindow(pXDisplay), RevertToNone, CurrentTime);
     XFlush(pXDisplay);
+}
+
+void GUIBase::InitBlockCopy(tagBlkUiParam* pCopy, const tagBlkUiParam* pReq) {
+    if (pReq != nullptr) {
+        memcpy(pCopy, pReq, sizeof(*pCopy));
+    } else {
+        memset(pCopy, 0, sizeof(*pCopy));
+    }
+    pCopy->enRes = UI_RESULT_CANCEL;
+}
+
+void GUIBase::WipeBlockCopy(tagBlkUiParam* pCopy) {
+    NyMemSafeClear(pCopy, sizeof(*pCopy));
+}
+
+unsigned int GUIBase::CopyBlockOut(const tagBlkUiParam* pCopy, unsigned char* pu1Buf,
+                                   unsigned int* pu4Len) {
+    return NyGetReturnData(pCopy, sizeof(*pCopy), pu1Buf, pu4Len);
+}
+
+unsigned int GUIBase::GetResourceDir(char* szDir) {
+    memset(szDir, 0, NY_GUI_PATH_SIZE);
+    if (GetModuleFileName(szDir, NY_GUI_PATH_SIZE) != NY_OK || szDir[0] == '\0') {
+        return NY_ERR_BAD_ARGUMENT;
+    }
+    return NY_OK;
+}
+
+void GUIBase::AcquireGui() {
+    g_mutex_lock(&s_GuiMutex);
+    gdk_threads_enter();
+}
+
+void GUIBase::ReleaseGui() {
+    gdk_threads_leave();
+    g_mutex_unlock(&s_GuiMutex);
+}
+
+void GUIBase::ResourcePath(const char* szDir, const char* szName, char* szPath) {
+    NyStrPrintf(szPath, NY_GUI_PATH_SIZE, "%s/res/%s", szDir, szName);
+}
+
+GtkBuilder* GUIBase::LoadBuilder(const char* szDir, const char* szGladeName) {
+    char szPath[NY_GUI_PATH_SIZE];
+    ResourcePath(szDir, szGladeName, szPath);
+    GtkBuilder* pBuilder = gtk_builder_new();
+    GError* pError = nullptr;
+    if (gtk_builder_add_from_file(pBuilder, szPath, &pError) == 0) {
+        g_warning("%s: %s", szPath, pError != nullptr ? pError->message : "not loaded");
+        g_clear_error(&pError);
+    }
+    return pBuilder;
+}
+
+GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
+    return GTK_WIDGET(gtk_builder_get_object(pBuilder, szId));
+}
+
+void GUIBase::SetLogo(GtkWidget* pImage, const char* szDir) {
+    char szPath[NY_GUI_PATH_SIZE];
+    ResourcePath(szDir, "Logo_Long.bmp", szPath);
+    GdkPixbuf* pPixbuf = gdk_pixbuf_new_from_file(szPath, nullptr);
+    if (pImage != nullptr && pPixbuf != nullptr) {
+        gtk_image_set_from_pixbuf(GTK_IMAGE(pImage), pPixbuf);
+    }
+    if (pPixbuf != nullptr) {
+        g_object_unref(pPixbuf);
+    }
+}
+
+void GUIBase::PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen) {
+    if (pEntry == nullptr) {
+        return;
+    }
+    gtk_entry_set_visibility(GTK_ENTRY(pEntry), FALSE);
+    gtk_entry_set_invisible_char(GTK_ENTRY(pEntry), NY_GUI_PIN_MASK_CHAR);
+    gtk_entry_set_max_length(GTK_ENTRY(pEntry), static_cast<gint>(u4MaxLen));
+}
+
+void GUIBase::LoadText(CConfig* pConfig, unsigned int u4Id, char* szText, unsigned int u4Size) {
+    memset(szText, 0, u4Size);
+    if (pConfig != nullptr && pConfig->GetString(u4Id, szText, u4Size) != NY_OK) {
+        szText[0] = '\0';
+    }
+}
+
+void GUIBase::SetWidgetText(CConfig* pConfig, unsigned int u4Id, GtkWidget* pWidget,
+                            unsigned int u4Size) {
+    char szText[NY_GUI_LONG_TEXT_SIZE];
+    LoadText(pConfig, u4Id, szText, std::min(u4Size, NY_GUI_LONG_TEXT_SIZE));
+    if (pWidget == nullptr) {
+        return;
+    }
+    if (GTK_IS_WINDOW(pWidget)) {
+        gtk_window_set_title(GTK_WINDOW(pWidget), szText);
+    } else if (GTK_IS_BUTTON(pWidget)) {
+        gtk_button_set_label(GTK_BUTTON(pWidget), szText);
+    } else if (GTK_IS_LABEL(pWidget)) {
+        gtk_label_set_text(GTK_LABEL(pWidget), szText);
+    }
+}
+
+void GUIBase::SetEntryCaption(GtkWidget* pEntry, GtkWidget* pCaption) {
+    if (pEntry == nullptr || pCaption == nullptr) {
+        return;
+    }
+    gtk_label_set_mnemonic_widget(GTK_LABEL(pCaption), pEntry);
+    atk_object_set_name(gtk_widget_get_accessible(pEntry), gtk_label_get_text(GTK_LABEL(pCaption)));
+}
+
+unsigned int GUIBase::ShowInputCount(CConfig* pConfig, GtkWidget* pEntry, GtkWidget* pLabel) {
+    if (pEntry == nullptr) {
+        return 0;
+    }
+    unsigned int u4Len = static_cast<unsigned int>(strlen(gtk_entry_get_text(GTK_ENTRY(pEntry))));
+    char szText[NY_GUI_TEXT_SIZE] = "";
+    if (u4Len != 0) {
+        char szFormat[NY_GUI_TEXT_SIZE];
+        LoadText(pConfig, NY_GUI_ID_INPUT_COUNT, szFormat, sizeof(szFormat));
+        NyStrPrintf(szText, sizeof(szText), szFormat, u4Len);
+    }
+    if (pLabel != nullptr) {
+        gtk_label_set_text(GTK_LABEL(pLabel), szText);
+    }
+    return u4Len;
+}
+
+void GUIBase::StorePin(tagBlkUiParam* pBlock, uint32_t u4PinOffset, uint32_t u4LenOffset,
+                       GtkWidget* pEntry) {
+    const char* szPin = pEntry != nullptr ? gtk_entry_get_text(GTK_ENTRY(pEntry)) : "";
+    char* szField = reinterpret_cast<char*>(NyUiParamBytes(pBlock, u4PinOffset));
+    memset(szField, 0, NY_UI_PIN_FIELD_SIZE);
+    NyStrCopy(szField, NY_UI_PIN_FIELD_SIZE, szPin);
+    NyUiParamSetU4(pBlock, u4LenOffset, static_cast<uint32_t>(strlen(szField)));
+}
+
+void GUIBase::ShowAndRun(GtkWidget** ppWindow, GtkWidget* pFocus, GdkWMFunction enFunctions,
+                         const std::atomic<uint32_t>* pu4Finished,
+                         const std::atomic<bool>* pbStopRequested) {
+    if (*ppWindow == nullptr) {
+        return;
+    }
+    if (pbStopRequested->load()) {
+        gtk_widget_destroy(*ppWindow);
+        *ppWindow = nullptr;
+        return;
+    }
+    Set_BG_Color(*ppWindow);
+    gtk_window_set_keep_above(GTK_WINDOW(*ppWindow), TRUE);
+    g_signal_connect(*ppWindow, "map-event", G_CALLBACK(ActivateWhenMapped), nullptr);
+    gtk_widget_show(*ppWindow);
+    gdk_window_set_functions(gtk_widget_get_window(*ppWindow), enFunctions);
+    SetInputFoucs(pFocus);
+    guint uWatch = g_timeout_add(NY_GUI_POLL_MS, QuitWhenFinished,
+                                 const_cast<std::atomic<uint32_t>*>(pu4Finished));
+    gtk_main();
+    g_source_remove(uWatch);
+}
+
+unsigned int GUIBase::StopDialog(GtkWidget** ppWindow, std::atomic<bool>* pbStopRequested) {
+    gdk_threads_enter();
+    pbStopRequested->store(true);
+    // Only a dialog whose window exists owns the running main loop: a dialog still waiting
+    // for its turn must not end the loop of the one on screen.
+    if (*ppWindow != nullptr) {
+        QuitMainLoop();
+        GtkWidget* pWindow = *ppWindow;
+        *ppWindow = nullptr;
+        gtk_widget_destroy(pWindow);
+    }
+    gdk_threads_leave();
+    return NY_OK;
+}
+
+void GUIBase::QuitMainLoop() {
+    if (gtk_main_level() > 0) {
+        gtk_main_quit();
+    }
 }

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -79,6 +80,8 @@ std::string SpawnAndRead(std::vector<std::string> vArgs, pid_t* pPid) {
     return strLine;
 }
 
+// Ends a process group and reaps all of it: its members become our children when their
+// parents go, as this process is a subreaper (see Start).
 void EndGroup(pid_t* pPid) {
     if (*pPid <= 0) {
         return;
@@ -88,14 +91,23 @@ void EndGroup(pid_t* pPid) {
         kill(-*pPid, SIGKILL);
         NyTestWaitChild(*pPid, 3000);
     }
-    // Whatever the leader started in its group ends with it.
     kill(-*pPid, SIGKILL);
+    NyTestWaitUntil(
+        [pgid = *pPid] {
+            while (waitpid(-pgid, nullptr, WNOHANG) > 0) {
+            }
+            return kill(-pgid, 0) != 0;  // no member left, zombies included
+        },
+        3000);
     *pPid = -1;
 }
 
 }  // namespace
 
 bool CNyTestDisplay::Start(bool bWindowManager, bool bAccessibility) {
+    // Services that a bus daemon starts outlive their parent's end for a moment; as orphans
+    // they come to us, so that Stop() can reap them.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     if (!StartXvfb()) {
         fprintf(stderr, "test display: Xvfb did not start\n");
         return false;

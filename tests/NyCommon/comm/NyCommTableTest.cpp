@@ -38,6 +38,10 @@ TEST(CCommShmSessionRecord, InsertingOneHandleAndNameTwiceKeepsTheFirstRecord) {
     BlkCommShmInfoTag blkOut = {};
     ASSERT_TRUE(table.Find(Handle(0x10), &blkOut));
     EXPECT_EQ(blkOut.hMutex, Handle(1));
+    // What a lookup hands out is a copy.
+    blkOut.hMutex = Handle(7);
+    ASSERT_TRUE(table.Find("chan", nullptr, &blkOut));
+    EXPECT_EQ(blkOut.hMutex, Handle(1));
     EXPECT_TRUE(table.Delete(Handle(0x10)));
     EXPECT_FALSE(table.Find("chan", nullptr, nullptr));
 }
@@ -68,17 +72,6 @@ TEST(CCommShmSessionRecord, UpdateIsAllowedByTheNameNotByTheHandle) {
     EXPECT_EQ(blkOut.hMutex, Handle(4));
 }
 
-TEST(CCommShmSessionRecord, LookupsHandOutCopies) {
-    CCommShmSessionRecord table;
-    ASSERT_TRUE(table.Insert(Handle(0x10), Record("chan", 1)));
-    BlkCommShmInfoTag blkOut = {};
-    ASSERT_TRUE(table.Find(Handle(0x10), &blkOut));
-    blkOut.szName[0] = 'X';
-    blkOut.hMutex = Handle(7);
-    ASSERT_TRUE(table.Find("chan", nullptr, &blkOut));
-    EXPECT_EQ(blkOut.hMutex, Handle(1));
-}
-
 TEST(CCommShmSessionRecord, DetachedChannelIsHiddenUntilItsLastUserReleasesIt) {
     CCommShmSessionRecord table;
     ASSERT_TRUE(table.Insert(Handle(0x10), Record("chan", 1)));
@@ -93,20 +86,16 @@ TEST(CCommShmSessionRecord, DetachedChannelIsHiddenUntilItsLastUserReleasesIt) {
     EXPECT_FALSE(table.Find(Handle(0x10), nullptr));
     EXPECT_FALSE(table.Acquire("chan", &hFound, nullptr));
 
+    // A live channel is never handed back for destruction.
+    ASSERT_TRUE(table.Insert(Handle(0x20), Record("live", 2)));
+    ASSERT_TRUE(table.Acquire(Handle(0x20), nullptr));
     BlkCommShmInfoTag blkDead = {};
+    EXPECT_FALSE(table.Release(Handle(0x20), &blkDead));
+
     EXPECT_FALSE(table.Release(Handle(0x10), &blkDead));
     ASSERT_TRUE(table.Release(Handle(0x10), &blkDead));
     EXPECT_EQ(blkDead.hMutex, Handle(1));
     EXPECT_FALSE(table.Release(Handle(0x10), &blkDead));
-}
-
-TEST(CCommShmSessionRecord, ReleasingALiveChannelNeverAsksForItsDestruction) {
-    CCommShmSessionRecord table;
-    ASSERT_TRUE(table.Insert(Handle(0x10), Record("chan", 1)));
-    ASSERT_TRUE(table.Acquire(Handle(0x10), nullptr));
-    BlkCommShmInfoTag blkDead = {};
-    EXPECT_FALSE(table.Release(Handle(0x10), &blkDead));
-    EXPECT_TRUE(table.Find(Handle(0x10), nullptr));
 }
 
 TEST(CLock, IsRecursiveAndRefusesAnUnlockItDoesNotOwe) {

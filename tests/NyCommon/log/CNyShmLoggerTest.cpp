@@ -1,0 +1,290 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "log/CNyShmLogger.h"
+#include "log/NyLog.h"
+#include "os/NyCommonLib.h"
+#include "support/NyTestLogQueue.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+tagBlkLogItem MakeItem(uint32_t u4Sequence) {
+    tagBlkLogItem item;
+    memset(&item, 0, sizeof(item));
+    item.u4Level = LOG_TRACE;
+    item.u4Line = u4Sequence;
+    snprintf(item.szMessage, sizeof(item.szMessage), "record %u", u4Sequence);
+    return item;
+}
+
+std::unique_ptr<CNyShmLogger> MakeLogger(const CNyTestLogQueue& queue) {
+    return std::unique_ptr<CNyShmLogger>(new CNyShmLogger(queue.QueueName(), queue.Capacity()));
+}
+
+// Line numbers of every record left in the ring, oldest first.
+std::vector<uint32_t> DrainLines(CLockfreeArrayQueue& view) {
+    std::vector<uint32_t> vLines;
+    tagBlkLogItem item;
+    unsigned int u4Count = 1;
+    while (view.Pop(&item, u4Count) == NY_LFQ_OK) {
+        vLines.push_back(item.u4Line);
+        u4Count = 1;
+    }
+    return vLines;
+}
+
+uint64_t MonotonicMs() {
+    struct timespec ts = {};
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return static_cast<uint64_t>(ts.tv_sec) * 1000 + static_cast<uint64_t>(ts.tv_nsec) / 1000000;
+}
+
+}  // namespace
+
+TEST(CNyShmLogger, FirstConnectCreatesTheRingOfExactLengthAndOthersJoinIt) {
+    CNyTestLogQueue queue(8);
+    auto pProducer = MakeLogger(queue);
+    auto pViewer = MakeLogger(queue);
+    ASSERT_TRUE(pProducer->Connect(false));
+
+    struct stat st = {};
+    std::string strPath = std::string("/dev/shm") + queue.QueueName();
+    ASSERT_EQ(stat(strPath.c_str(), &st), 0);
+    EXPECT_EQ(static_cast<size_t>(st.st_size), CLockfreeArrayQueue::CalcBufferLen(8));
+    EXPECT_EQ(st.st_mode & 0777, 0666u);
+
+    EXPECT_TRUE(pProducer->SetLogItem(MakeItem(1)));
+    ASSERT_TRUE(pViewer->Connect(true));
+    tagBlkLogItem aOut[4];
+    ASSERT_EQ(pViewer->GetLogItem(aOut, 4), 1u);
+    tagBlkLogItem expected = MakeItem(1);
+    EXPECT_EQ(memcmp(&aOut[0], &expected, sizeof(expected)), 0);
+    EXPECT_EQ(pViewer->GetLogItem(aOut, 4), 0u);
+}
+
+TEST(CNyShmLogger, ConnectAndDisconnectReportTheAttachment) {
+    CNyTestLogQueue queue(8);
+    auto pLogger = MakeLogger(queue);
+    EXPECT_FALSE(pLogger->IsConnect());
+    EXPECT_FALSE(pLogger->Disconnect());
+    EXPECT_FALSE(pLogger->SetLogItem(MakeItem(0)));
+
+    EXPECT_TRUE(pLogger->Connect(false));
+    EXPECT_TRUE(pLogger->Connect(false));
+    EXPECT_TRUE(pLogger->IsConnect());
+    EXPECT_TRUE(pLogger->Disconnect());
+    EXPECT_FALSE(pLogger->IsConnect());
+    EXPECT_FALSE(pLogger->Disconnect());
+    EXPECT_FALSE(pLogger->SetLogItem(MakeItem(0)));
+    tagBlkLogItem item;
+    EXPECT_EQ(pLogger->GetLogItem(&item, 1), 0u);
+
+    EXPECT_TRUE(pLogger->Connect(false));  // reconnects to the ring as it was left
+    EXPECT_TRUE(pLogger->SetLogItem(MakeItem(7)));
+    ASSERT_NE(queue.View(), nullptr);
+    EXPECT_EQ(DrainLines(*queue.View()), std::vector<uint32_t>{7});
+}
+
+TEST(CNyShmLogger, ForeignOrHalfMadeObjectsAreNotAttached) {
+    const struct {
+        const char* szCase;
+        size_t cbLength;
+        uint32_t u4CapacityField;
+    } aCases[] = {
+        {"capacity field of another ring", CLockfreeArrayQueue::CalcBufferLen(16), 8},
+        {"capacity field not yet written", CLockfreeArrayQueue::CalcBufferLen(16), 0},
+        {"not yet sized by its creator", 0, 0},
+        {"one byte short", CLockfreeArrayQueue::CalcBufferLen(16) - 1, 16},
+    };
+    for (const auto& c : aCases) {
+        CNyTestLogQueue queue(16);
+        int fd = shm_open(queue.QueueName(), O_RDWR | O_CREAT | O_EXCL, 0600);
+        ASSERT_GE(fd, 0) << c.szCase;
+        ASSERT_EQ(ftruncate(fd, static_cast<off_t>(c.cbLength)), 0) << c.szCase;
+        if (c.cbLength >= sizeof(uint32_t)) {
+            ASSERT_EQ(pwrite(fd, &c.u4CapacityField, sizeof(uint32_t), 0), 4) << c.szCase;
+        }
+        close(fd);
+
+        auto pLogger = MakeLogger(queue);
+        EXPECT_FALSE(pLogger->Connect(false)) << c.szCase;
+        EXPECT_FALSE(pLogger->IsConnect()) << c.szCase;
+        EXPECT_FALSE(pLogger->SetLogItem(MakeItem(0))) << c.szCase;
+    }
+}
+
+TEST(CNyShmLogger, ListeningConnectionsAreCountedUntilTheyDisconnect) {
+    CNyTestLogQueue queue(8);
+    auto pProducer = MakeLogger(queue);
+    auto pViewer1 = MakeLogger(queue);
+    auto pViewer2 = MakeLogger(queue);
+    ASSERT_TRUE(pProducer->Connect(false));
+    CLockfreeArrayQueue* pView = queue.View();
+    ASSERT_NE(pView, nullptr);
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 0u);
+
+    ASSERT_TRUE(pViewer1->Connect(true));
+    ASSERT_TRUE(pViewer2->Connect(true));
+    EXPECT_TRUE(pViewer2->Connect(true));  // already attached: not counted twice
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 2u);
+    pViewer1.reset();
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 1u);
+    EXPECT_TRUE(pViewer2->Disconnect());
+    EXPECT_TRUE(pProducer->Disconnect());
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 0u);
+}
+
+TEST(CNyShmLogger, ConsumerOperationsBeatTheHeartbeatAndDiscard) {
+    CNyTestLogQueue queue(16);
+    auto pLogger = MakeLogger(queue);
+    ASSERT_TRUE(pLogger->Connect(true));
+    for (uint32_t i = 0; i < 10; ++i) {
+        ASSERT_TRUE(pLogger->SetLogItem(MakeItem(i)));
+    }
+    CLockfreeArrayQueue* pView = queue.View();
+    ASSERT_NE(pView, nullptr);
+
+    EXPECT_TRUE(pLogger->DiscardLog(3));
+    tagBlkLogItem aOut[2];
+    ASSERT_EQ(pLogger->GetLogItem(aOut, 2), 2u);
+    EXPECT_EQ(aOut[0].u4Line, 3u);
+    EXPECT_EQ(aOut[1].u4Line, 4u);
+    EXPECT_TRUE(pLogger->DiscardLog(0));  // everything
+    EXPECT_EQ(pView->Count(), 0u);
+    pLogger->SetHeartbeatForViewer();
+    EXPECT_EQ(pView->GetConsumerHeartbeatCount(), 4u);
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 1u);
+}
+
+TEST(CNyShmLogger, FullRingWithoutListenerDropsTheOldest4096AtOnce) {
+    CNyTestLogQueue queue(8192);
+    auto pLogger = MakeLogger(queue);
+    ASSERT_TRUE(pLogger->Connect(false));
+    for (uint32_t i = 0; i < 8191; ++i) {
+        ASSERT_TRUE(pLogger->SetLogItem(MakeItem(i)));
+    }
+    CLockfreeArrayQueue* pView = queue.View();
+    ASSERT_NE(pView, nullptr);
+    ASSERT_EQ(pView->Count(), 8191u);
+
+    ASSERT_TRUE(pLogger->SetLogItem(MakeItem(8191)));
+    std::vector<uint32_t> vLines = DrainLines(*pView);
+    ASSERT_EQ(vLines.size(), 8192u - 4096u);
+    EXPECT_EQ(vLines.front(), 4096u);
+    EXPECT_EQ(vLines.back(), 8191u);
+}
+
+TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForgetsIt) {
+    CNyTestLogQueue queue(8);
+    auto pProducer = MakeLogger(queue);
+    auto pStalledViewer = MakeLogger(queue);
+    ASSERT_TRUE(pProducer->Connect(false));
+    ASSERT_TRUE(pStalledViewer->Connect(true));
+    for (uint32_t i = 0; i < 7; ++i) {
+        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
+    }
+
+    uint64_t u8Start = MonotonicMs();
+    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
+    uint64_t u8Elapsed = MonotonicMs() - u8Start;
+    EXPECT_GE(u8Elapsed, NY_SHMLOG_STALL_LIMIT - 1);
+    EXPECT_LT(u8Elapsed, 5000u);
+
+    CLockfreeArrayQueue* pView = queue.View();
+    ASSERT_NE(pView, nullptr);
+    EXPECT_EQ(pView->GetConsumerListeningCount(), 0u);
+    EXPECT_EQ(DrainLines(*pView), std::vector<uint32_t>{7});
+
+    // With the listener forgotten, the next full ring is emptied without waiting.
+    for (uint32_t i = 0; i < 7; ++i) {
+        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
+    }
+    u8Start = MonotonicMs();
+    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
+    EXPECT_LT(MonotonicMs() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
+}
+
+TEST(CNyShmLogger, ListenerProcessThatKeepsDrainingLosesNothing) {
+    constexpr uint32_t u4Records = 2000;
+    CNyTestLogQueue queue(8);
+    auto pProducer = MakeLogger(queue);
+    ASSERT_TRUE(pProducer->Connect(false));
+
+    // The viewer process: listens, pops in a tight loop, checks the order.
+    pid_t pid = NyTestForkChild([&queue] {
+        auto pViewer = MakeLogger(queue);
+        if (!pViewer->Connect(true)) {
+            return 2;
+        }
+        uint32_t u4Next = 0;
+        tagBlkLogItem aOut[4];
+        while (u4Next < u4Records) {
+            unsigned int u4Count = pViewer->GetLogItem(aOut, 4);
+            for (unsigned int i = 0; i < u4Count; ++i) {
+                if (aOut[i].u4Line != u4Next++) {
+                    return 1;
+                }
+            }
+        }
+        return 0;
+    });
+    ASSERT_GT(pid, 0);
+    CLockfreeArrayQueue* pView = nullptr;
+    ASSERT_TRUE(NyTestWaitUntil(
+        [&] {
+            return (pView = queue.View()) != nullptr && pView->GetConsumerListeningCount() == 1;
+        },
+        5000));
+
+    for (uint32_t i = 0; i < u4Records; ++i) {
+        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
+    }
+    int iExit = NyTestWaitChild(pid, 30000);
+    if (iExit == -1) {
+        NyTestKillChild(pid);
+    }
+    EXPECT_EQ(iExit, 0);
+}
+
+TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {
+    CNyTestLogQueue queue(16);
+    pid_t pid = NyTestForkChild([&queue] {
+        queue.MakeDefault();
+        if (NyCommonLibInit() != 0) {
+            return 1;
+        }
+        NY_LOG(LOG_ERROR, "started %d", 42);
+        tagBlkLogParam blkOff = {NY_LOG_MODE_OFF, {0}};
+        NyLogSetParam(&blkOff);
+        NY_LOG(LOG_ERROR, "while off");
+        NyLogSetParam(&cg_blkLogParam);
+        NY_LOG(LOG_TRACE, "on again");
+        NyCommonLibRelease();
+        return 0;
+    });
+    ASSERT_EQ(NyTestWaitChild(pid, 10000), 0);
+
+    CLockfreeArrayQueue* pView = queue.View();
+    ASSERT_NE(pView, nullptr);
+    tagBlkLogItem aItems[8];
+    unsigned int u4Count = 8;
+    ASSERT_EQ(pView->Pop(aItems, u4Count), NY_LFQ_OK);
+    std::vector<std::string> vMessages;
+    for (unsigned int i = 0; i < u4Count; ++i) {
+        EXPECT_EQ(aItems[i].u4Pid, static_cast<uint32_t>(pid));
+        EXPECT_STREQ(aItems[i].szSource, "tests/NyCommon/log/CNyShmLoggerTest.cpp");
+        vMessages.emplace_back(aItems[i].szMessage);
+    }
+    EXPECT_EQ(vMessages, (std::vector<std::string>{"started 42", "on again"}));
+    EXPECT_EQ(aItems[0].u4Level, LOG_ERROR);
+}

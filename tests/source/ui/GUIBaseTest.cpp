@@ -1,0 +1,305 @@
+// The dialog base: resource folder, fonts, background, the block copy and its hand-out, the
+// paste blocker and the character filters, on real widgets.
+#include <gdk/gdkkeysyms.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "NyGuiTestEnv.h"
+#include "log/NyLog.h"
+#include "runtime/NyResult.h"
+#include "ui/GUIEntryFilter.h"
+#include "ui/GUIverify.h"
+
+namespace {
+
+// Reaches the protected helpers the way a dialog does.
+class CBaseProbe : public GUIBase {
+public:
+    using GUIBase::GetResourceDir;
+};
+
+struct BlkLogCapture {
+    std::vector<std::string> vMessages;
+    static void Sink(const tagBlkLogItem* pItem, void* pvSelf) {
+        static_cast<BlkLogCapture*>(pvSelf)->vMessages.push_back(pItem->szMessage);
+    }
+};
+
+const tagBlkLogParam g_blkLogOff = {NY_LOG_MODE_OFF, {0}};
+
+class GUIBaseTest : public testing::Test {
+protected:
+    void SetUp() override {
+        NyLogSetInitParam(&g_blkLogOff);
+        NyLogInit();
+        NyLogSetSink(BlkLogCapture::Sink, &m_log);
+    }
+    void TearDown() override {
+        NyLogSetSink(nullptr, nullptr);
+        NyLogFinal();
+        NyLogSetInitParam(nullptr);
+    }
+    bool Logged(const std::string& strMessage) const {
+        for (const std::string& str : m_log.vMessages) {
+            if (str == strMessage) {
+                return true;
+            }
+        }
+        return false;
+    }
+    BlkLogCapture m_log;
+};
+
+std::string ExecutableDir() {
+    char szPath[4096] = {};
+    ssize_t n = readlink("/proc/self/exe", szPath, sizeof(szPath) - 1);
+    std::string str(szPath, n > 0 ? static_cast<size_t>(n) : 0);
+    return str.substr(0, str.rfind('/'));
+}
+
+}  // namespace
+
+TEST_F(GUIBaseTest, ModuleFileNameIsTheExecutablesDirectory) {
+    char szDir[NY_GUI_PATH_SIZE];
+    ASSERT_EQ(NY_OK, GUIBase::GetModuleFileName(szDir, sizeof(szDir)));
+    EXPECT_EQ(ExecutableDir(), szDir);
+    EXPECT_EQ(std::string(NY_TEST_BIN_DIR), szDir);
+}
+
+TEST_F(GUIBaseTest, ModuleFileNameThatFillsTheBufferFailsAndLogs) {
+    std::string strExe = ExecutableDir() + "/x";  // at least the executable's path length
+    std::vector<char> vBuf(strExe.size(), 'q');
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT,
+              GUIBase::GetModuleFileName(vBuf.data(), static_cast<unsigned>(vBuf.size())));
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, GUIBase::GetModuleFileName(nullptr, 256));
+    EXPECT_TRUE(Logged("GUIBase::GetModuleFileName function error"));
+}
+
+TEST_F(GUIBaseTest, WidgetFontGoesToTheWidgetOrToItsLabel) {
+    GUIBase base;
+    gdk_threads_enter();
+    GtkWidget* pLabel = gtk_label_new("x");
+    GtkWidget* pButton = gtk_button_new_with_label("OK");
+    EXPECT_EQ(1u, base.SetWidgetFont(pLabel, "Sans", 9, NY_FALSE));
+    EXPECT_EQ(1u, base.SetWidgetFont(pButton, "Sans", 10, NY_TRUE));
+    PangoFontDescription* pLabelFont = gtk_widget_get_modifier_style(pLabel)->font_desc;
+    GtkWidget* pChild = gtk_bin_get_child(GTK_BIN(pButton));
+    PangoFontDescription* pChildFont = gtk_widget_get_modifier_style(pChild)->font_desc;
+    ASSERT_NE(nullptr, pLabelFont);
+    ASSERT_NE(nullptr, pChildFont);
+    EXPECT_STREQ("Sans", pango_font_description_get_family(pLabelFont));
+    EXPECT_EQ(9 * PANGO_SCALE, pango_font_description_get_size(pLabelFont));
+    EXPECT_FALSE(pango_font_description_get_size_is_absolute(pLabelFont));
+    EXPECT_EQ(10 * PANGO_SCALE, pango_font_description_get_size(pChildFont));
+    EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pButton)->font_desc);
+    gtk_widget_destroy(pButton);
+    g_object_ref_sink(pLabel);
+    g_object_unref(pLabel);
+    gdk_threads_leave();
+}
+
+TEST_F(GUIBaseTest, WidgetFontRefusesMissingArguments) {
+    GUIBase base;
+    gdk_threads_enter();
+    GtkWidget* pLabel = gtk_label_new("x");
+    EXPECT_EQ(0u, base.SetWidgetFont(nullptr, "Sans", 9, NY_FALSE));
+    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, nullptr, 9, NY_FALSE));
+    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, "Sans", 9, NY_TRUE));  // a label has no child
+    EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pLabel)->font_desc);
+    g_object_ref_sink(pLabel);
+    g_object_unref(pLabel);
+    gdk_threads_leave();
+    EXPECT_TRUE(Logged("GUIBase::SetWidgetFont() param is error"));
+}
+
+TEST_F(GUIBaseTest, BackgroundIsLightGreyForTheNormalState) {
+    GUIBase base;
+    gdk_threads_enter();
+    GtkWidget* pWindow = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+    EXPECT_EQ(1u, base.Set_BG_Color(pWindow));
+    GtkRcStyle* pStyle = gtk_widget_get_modifier_style(pWindow);
+    EXPECT_TRUE(pStyle->color_flags[GTK_STATE_NORMAL] & GTK_RC_BG);
+    EXPECT_FALSE(pStyle->color_flags[GTK_STATE_ACTIVE] & GTK_RC_BG);
+    EXPECT_EQ(0xF0F0, pStyle->bg[GTK_STATE_NORMAL].red);
+    EXPECT_EQ(0xF0F0, pStyle->bg[GTK_STATE_NORMAL].green);
+    EXPECT_EQ(0xF0F0, pStyle->bg[GTK_STATE_NORMAL].blue);
+    EXPECT_EQ(0u, base.Set_BG_Color(nullptr));
+    gtk_widget_destroy(pWindow);
+    gdk_threads_leave();
+}
+
+TEST_F(GUIBaseTest, ResourceDirIsWhereTheResourcesWereInstalled) {
+    char szDir[NY_GUI_PATH_SIZE];
+    ASSERT_EQ(NY_OK, CBaseProbe::GetResourceDir(szDir));
+    for (const char* szName : {"verify.glade", "message.glade", "Logo_Long.bmp"}) {
+        std::string strPath = std::string(szDir) + "/res/" + szName;
+        EXPECT_EQ(0, access(strPath.c_str(), R_OK)) << strPath;
+    }
+}
+
+TEST_F(GUIBaseTest, BaseOperationsDoNothing) {
+    GUIBase base;
+    unsigned int u4Len = 7;
+    EXPECT_EQ(0u, base.run());
+    EXPECT_EQ(0u, base.stop());
+    EXPECT_EQ(0u, base.update(nullptr, 0));
+    EXPECT_EQ(0u, base.GetResponse(nullptr, &u4Len));
+    EXPECT_EQ(7u, u4Len);
+    EXPECT_EQ(0u, base.IsFinished());
+}
+
+// The block copy of a dialog: what construction makes of the request, and the size-query
+// hand-out, whose outcome the dialog does not report.
+TEST_F(GUIBaseTest, NullRequestGivesZeroedBlockMarkedCancelled) {
+    GUIverify dlg(nullptr, nullptr);
+    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    const uint8_t* pu1 = reinterpret_cast<const uint8_t*>(&blk);
+    EXPECT_EQ(std::vector<uint8_t>(NY_UI_PARAM_SIZE - 4, 0),
+              std::vector<uint8_t>(pu1 + 4, pu1 + NY_UI_PARAM_SIZE));
+    EXPECT_EQ(0u, dlg.IsFinished());
+}
+
+TEST_F(GUIBaseTest, RequestIsCopiedWholeWithResultCancelled) {
+    tagBlkUiParam req;
+    for (size_t i = 0; i < sizeof(req); ++i) {
+        reinterpret_cast<uint8_t*>(&req)[i] = static_cast<uint8_t>(i * 7 + 1);
+    }
+    req.enRes = UI_RESULT_OK;
+    GUIverify dlg(&req, nullptr);
+    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    EXPECT_EQ(0, memcmp(reinterpret_cast<uint8_t*>(&req) + 4, reinterpret_cast<uint8_t*>(&blk) + 4,
+                        sizeof(req) - 4));
+}
+
+TEST_F(GUIBaseTest, ResponseFollowsTheSizeQueryConventionAndAlwaysReturnsZero) {
+    GUIverify dlg(nullptr, nullptr);
+    unsigned int u4Len = 0;
+    EXPECT_EQ(0u, dlg.GetResponse(nullptr, &u4Len));
+    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
+
+    std::vector<unsigned char> vSmall(NY_UI_PARAM_SIZE - 1, 0x5A);
+    u4Len = NY_UI_PARAM_SIZE - 1;
+    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), &u4Len));
+    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
+    EXPECT_EQ(std::vector<unsigned char>(NY_UI_PARAM_SIZE - 1, 0x5A), vSmall);
+
+    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), nullptr));
+}
+
+struct BlkPasteCase {
+    const char* szName;
+    GdkEventType enType;
+    guint u4State;
+    guint u4KeyVal;
+    guint u4Button;
+    gboolean bConsumed;
+};
+
+TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
+    const BlkPasteCase aCases[] = {
+        {"ctrl+v", GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_v, 0, TRUE},
+        {"ctrl+V", GDK_KEY_PRESS, GDK_CONTROL_MASK | GDK_SHIFT_MASK, GDK_V, 0, TRUE},
+        {"v", GDK_KEY_PRESS, 0, GDK_v, 0, FALSE},
+        {"shift+V", GDK_KEY_PRESS, GDK_SHIFT_MASK, GDK_V, 0, FALSE},
+        {"ctrl+c", GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_c, 0, FALSE},
+        {"right button", GDK_BUTTON_PRESS, 0, 0, 3, TRUE},
+        {"left button", GDK_BUTTON_PRESS, 0, 0, 1, FALSE},
+        {"middle button", GDK_BUTTON_PRESS, 0, 0, 2, FALSE},
+    };
+    for (const BlkPasteCase& c : aCases) {
+        GdkEvent* pEvent = gdk_event_new(c.enType);
+        if (c.enType == GDK_KEY_PRESS) {
+            pEvent->key.state = c.u4State;
+            pEvent->key.keyval = c.u4KeyVal;
+        } else {
+            pEvent->button.state = c.u4State;
+            pEvent->button.button = c.u4Button;
+        }
+        EXPECT_EQ(c.bConsumed, GUIEntryFilter::Copypaste_callback(nullptr, pEvent, nullptr))
+            << c.szName;
+        gdk_event_free(pEvent);
+    }
+}
+
+namespace {
+
+struct BlkInsertCase {
+    const char* szBefore;
+    gint iCursor;
+    const char* szInsert;
+    const char* szAfter;
+};
+
+// Inserts through the entry's "insert-text" signal with the filter connected, as typing or
+// pasting would, and returns the text that results.
+std::string InsertThroughFilter(GCallback pfnFilter, gpointer pvData, const BlkInsertCase& c) {
+    gdk_threads_enter();
+    GtkWidget* pEntry = gtk_entry_new();
+    g_object_ref_sink(pEntry);
+    gtk_entry_set_text(GTK_ENTRY(pEntry), c.szBefore);
+    g_signal_connect(pEntry, "insert-text", pfnFilter, pvData);
+    gtk_editable_set_position(GTK_EDITABLE(pEntry), c.iCursor);
+    gint iPos = c.iCursor;
+    gtk_editable_insert_text(GTK_EDITABLE(pEntry), c.szInsert, -1, &iPos);
+    std::string strText = gtk_entry_get_text(GTK_ENTRY(pEntry));
+    g_object_unref(pEntry);
+    gdk_threads_leave();
+    return strText;
+}
+
+}  // namespace
+
+TEST_F(GUIBaseTest, PinFilterAdmitsLettersAndDigitsAndRejectsAnyOtherInsertionWhole) {
+    const BlkInsertCase aCases[] = {
+        {"", 0, "abcXYZ019", "abcXYZ019"},
+        {"ab", 2, "c", "abc"},
+        {"ab", 1, "Z", "aZb"},
+        {"ab", 2, "-", "ab"},
+        {"ab", 2, "cd!e", "ab"},
+        {"ab", 2, " ", "ab"},
+        {"", 0, "12 34", ""},
+        {"ab", 2, "\xC3\xA9", "ab"},  // é
+        {"ab", 2, "", "ab"},
+    };
+    for (const BlkInsertCase& c : aCases) {
+        EXPECT_EQ(c.szAfter,
+                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert), nullptr, c))
+            << "insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
+    }
+}
+
+TEST_F(GUIBaseTest, WideFiltersAdmitTheirSpecialSetsAndInnerSpacesOnly) {
+    const BlkInsertCase aPinCases[] = {
+        {"", 0, "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./", "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./"},
+        {"ab", 2, "?", "ab"},             // the question mark is for labels only
+        {"ab", 1, " ", "a b"},            // a space inside
+        {"ab", 0, " ", "ab"},             // not at the start
+        {"ab", 2, " ", "ab"},             // nor at the end
+        {"", 0, " ", ""},                 // nor into nothing
+        {"ab", 1, " c", "ab"},            // a space with other characters is refused
+        {"ab", 2, "\xE4\xB8\xAD", "ab"},  // 中
+    };
+    for (const BlkInsertCase& c : aPinCases) {
+        EXPECT_EQ(c.szAfter,
+                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
+                                      const_cast<char*>(NY_GUI_PIN_SPECIAL_CHARS), c))
+            << "PIN: insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
+    }
+    const BlkInsertCase aLabelCases[] = {
+        {"ab", 2, "?", "ab?"},
+        {"ab", 1, " ", "a b"},
+        {"ab", 2, " ", "ab"},
+    };
+    for (const BlkInsertCase& c : aLabelCases) {
+        EXPECT_EQ(c.szAfter,
+                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
+                                      const_cast<char*>(NY_GUI_LABEL_SPECIAL_CHARS), c))
+            << "label: insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
+    }
+}

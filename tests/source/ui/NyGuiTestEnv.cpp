@@ -1,0 +1,115 @@
+#include "NyGuiTestEnv.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <cstring>
+
+#include "NyConfigImage.h"
+#include "support/NyTestDisplay.h"
+#include "support/NyTestProcess.h"
+#include "support/NyTestX11.h"
+
+// Last: its macros (None, Bool, ...) clash with names in the headers above.
+#include <X11/Xlib.h>
+
+namespace {
+
+// One display per test program run; GTK is started once, as the server starts it.
+class CGuiTestEnvironment : public testing::Environment {
+public:
+    void SetUp() override {
+        ASSERT_TRUE(m_display.Start(true, true));
+        XInitThreads();
+        g_thread_init(nullptr);
+        gdk_threads_init();
+        ASSERT_TRUE(gtk_init_check(nullptr, nullptr));
+    }
+    void TearDown() override {
+        GdkDisplay* pDisplay = gdk_display_get_default();
+        if (pDisplay != nullptr) {
+            gdk_display_close(pDisplay);
+        }
+        m_display.Stop();
+    }
+
+private:
+    CNyTestDisplay m_display;
+};
+
+testing::Environment* const g_pEnvironment =
+    testing::AddGlobalTestEnvironment(new CGuiTestEnvironment);
+
+}  // namespace
+
+std::unique_ptr<CConfig> NyGuiTestConfig() {
+    std::unique_ptr<CConfig> pConfig(new CConfig(NyConfigImage(), NyConfigImageLength()));
+    unsigned int u4Language = 0;
+    pConfig->GetProductLanguage(&u4Language);
+    pConfig->SetLanguage(u4Language);
+    return pConfig;
+}
+
+std::string NyGuiTestText(unsigned int u4Id) {
+    std::unique_ptr<CConfig> pConfig = NyGuiTestConfig();
+    char szText[NY_GUI_LONG_TEXT_SIZE] = "";
+    EXPECT_EQ(0u, pConfig->GetString(u4Id, szText, sizeof(szText))) << std::hex << u4Id;
+    return szText;
+}
+
+tagBlkUiParam NyGuiTestRequest(uint32_t u4CmdType, uint32_t u4First, uint32_t u4Second) {
+    tagBlkUiParam blk;
+    memset(&blk, 0, sizeof(blk));
+    blk.enUiCmdType = u4CmdType;
+    NyUiParamSetU4(&blk, NY_UI_PAYLOAD_OFFSET, u4First);
+    NyUiParamSetU4(&blk, NY_UI_PAYLOAD_OFFSET + 4, u4Second);
+    return blk;
+}
+
+CGuiTestRun::CGuiTestRun(GUIBase* pDialog) : m_pDialog(pDialog) {
+    m_thread = std::thread([this] {
+        m_u4Result = m_pDialog->run();
+        m_bDone = true;
+    });
+}
+
+CGuiTestRun::~CGuiTestRun() {
+    if (!Wait(NY_GUI_TEST_WAIT_MS)) {
+        m_pDialog->stop();
+    }
+    m_thread.join();
+}
+
+bool CGuiTestRun::Wait(unsigned int u4TimeoutMs) {
+    return NyTestWaitUntil([this] { return m_bDone; }, u4TimeoutMs);
+}
+
+tagBlkUiParam NyGuiTestResponse(GUIBase* pDialog) {
+    tagBlkUiParam blk;
+    memset(&blk, 0xAA, sizeof(blk));
+    unsigned int u4Len = sizeof(blk);
+    EXPECT_EQ(0u, pDialog->GetResponse(reinterpret_cast<unsigned char*>(&blk), &u4Len));
+    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
+    return blk;
+}
+
+std::vector<BlkTestAccessibleTag> NyGuiTestTree() {
+    return NyTestAccessibleTree(getpid());
+}
+
+bool NyGuiTestWaitFor(const std::string& strRole, const std::string& strName,
+                      BlkTestAccessibleTag* pFound) {
+    return NyTestWaitAccessible(getpid(), strRole, strName, NY_GUI_TEST_WAIT_MS, pFound);
+}
+
+void NyGuiTestClick(const BlkTestAccessibleTag& blk, unsigned int u4Button) {
+    NyTestClickAt(blk.CentreX(), blk.CentreY(), u4Button);
+}
+
+void NyGuiTestShot(const std::string& strWindow, const std::string& strName) {
+    std::string strDir = std::string(NY_TEST_BUILD_DIR) + "/test-shots";
+    mkdir(strDir.c_str(), 0755);
+    EXPECT_TRUE(NyTestScreenshot(strWindow, strDir + "/" + strName + ".png"));
+}

@@ -6,6 +6,16 @@
 const BlkUictlCommandTag g_aUictlCommands[] = {
     {"raw", "send a block given field by field; the answer includes the whole block",
      "--cmd TYPE  --mode MODE  --u32 OFFSET=VALUE (repeatable)", 0, UictlRawOption, true},
+    {"change-pin", "ask for the current PIN and a new one, checked against the PIN policy",
+     "--min N  --max N  --kind N (2: administrator)  --compulsory (no Cancel, no close)",
+     UI_CMD_CHANGE_PIN, UictlChangePinOption, false},
+    {"new-pin", "ask for a new PIN twice", "--min N  --max N  --kind N (2: administrator)",
+     UI_CMD_GET_PIN_CONFIRM, UictlNewPinOption, false},
+    {"unblock", "ask for the administrator PIN and a new user PIN", "--min N  --max N",
+     UI_CMD_UNBLOCK, UictlUnblockOption, false},
+    {"label", "ask for a new device name, and a PIN when PIN lengths are given",
+     "--name-min N  --name-max N  --pin-min N  --pin-max N", UI_CMD_CHANGE_LABEL, UictlLabelOption,
+     false},
 };
 const size_t g_cUictlCommands = sizeof(g_aUictlCommands) / sizeof(g_aUictlCommands[0]);
 
@@ -16,6 +26,25 @@ const BlkUictlCommandTag* UictlFindCommand(const std::string& strName) {
         }
     }
     return nullptr;
+}
+
+bool UictlApplyFieldOption(const BlkUictlFieldOptionTag* aFields, size_t cFields,
+                           const std::string& strName, const std::string& strValue,
+                           tagBlkUiParam* pReq, std::string* pstrError) {
+    for (size_t i = 0; i < cFields; ++i) {
+        if (strName != aFields[i].szName) {
+            continue;
+        }
+        uint32_t u4Value = 0;
+        if (!UictlParseU32(strValue, &u4Value)) {
+            *pstrError = "bad value \"" + strValue + "\" for " + strName;
+            return false;
+        }
+        NyUiParamSetU4(pReq, aFields[i].u4Offset, u4Value);
+        return true;
+    }
+    *pstrError = NY_UICTL_UNKNOWN_OPTION + strName;
+    return false;
 }
 
 bool UictlParseU32(const std::string& strText, uint32_t* pu4Value) {

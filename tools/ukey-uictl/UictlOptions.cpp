@@ -59,7 +59,19 @@ int ApplyCommonValue(const std::string& strName, const std::string& strValue,
     return bOk ? 1 : -1;
 }
 
-// Splits "--name=value" or takes the value from the next argument.
+// A subcommand's option as given: flags have no value.
+struct BlkOwnOptionTag {
+    std::string strName;
+    std::string strValue;
+    bool bHasValue;
+};
+
+std::string NeedsValue(const std::string& strName) {
+    return "option " + strName + " needs a value";
+}
+
+// Splits "--name=value" or takes the value from the next argument. An option followed by
+// another option, or by nothing, has no value (false): a subcommand's flag, or a mistake.
 bool TakeValue(int argc, char** argv, int* pi, std::string* pstrName, std::string* pstrValue) {
     std::string strArg = argv[*pi];
     size_t nEq = strArg.find('=');
@@ -69,7 +81,8 @@ bool TakeValue(int argc, char** argv, int* pi, std::string* pstrName, std::strin
         return true;
     }
     *pstrName = strArg;
-    if (*pi + 1 >= argc) {
+    pstrValue->clear();
+    if (*pi + 1 >= argc || std::string(argv[*pi + 1]).compare(0, 2, "--") == 0) {
         return false;
     }
     *pstrValue = argv[++*pi];
@@ -80,7 +93,7 @@ bool TakeValue(int argc, char** argv, int* pi, std::string* pstrName, std::strin
 
 bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandTag* pCommand,
                        BlkUictlOptionsTag* pOptions, tagBlkUiParam* pReq, std::string* pstrError) {
-    std::vector<std::pair<std::string, std::string>> vOwn;
+    std::vector<BlkOwnOptionTag> vOwn;
     for (int i = iFirst; i < argc; ++i) {
         std::string strArg = argv[i];
         if (strArg.compare(0, 2, "--") != 0) {
@@ -93,17 +106,18 @@ bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandT
         }
         std::string strName;
         std::string strValue;
-        if (!TakeValue(argc, argv, &i, &strName, &strValue)) {
-            *pstrError = "option " + strName + " needs a value";
+        bool bHasValue = TakeValue(argc, argv, &i, &strName, &strValue);
+        int iCommon = ApplyCommonValue(strName, strValue, pOptions);
+        if (!bHasValue && iCommon != 0) {
+            *pstrError = NeedsValue(strName);
             return false;
         }
-        int iCommon = ApplyCommonValue(strName, strValue, pOptions);
         if (iCommon < 0) {
             *pstrError = "bad value \"" + strValue + "\" for " + strName;
             return false;
         }
         if (iCommon == 0) {
-            vOwn.emplace_back(strName, strValue);
+            vOwn.push_back({strName, strValue, bHasValue});
         }
     }
     memset(pReq, 0, sizeof(*pReq));
@@ -111,8 +125,13 @@ bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandT
     if (pOptions->bAsync) {
         pReq->u4Mode = UI_MODE_ASYNC;
     }
-    for (const auto& option : vOwn) {
-        if (!pCommand->pfnOption(option.first, option.second, pReq, pstrError)) {
+    for (const BlkOwnOptionTag& option : vOwn) {
+        if (!pCommand->pfnOption(option.strName, option.strValue, pReq, pstrError)) {
+            // Without a value, a known option that is no flag lacks its value.
+            if (!option.bHasValue && pstrError->compare(0, strlen(NY_UICTL_UNKNOWN_OPTION),
+                                                        NY_UICTL_UNKNOWN_OPTION) != 0) {
+                *pstrError = NeedsValue(option.strName);
+            }
             return false;
         }
     }

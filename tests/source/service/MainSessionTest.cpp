@@ -32,6 +32,9 @@ bool IsGuidText(const char* sz) {
 
 class MainSessionTest : public ::testing::Test {
 protected:
+    // Every test ends with the server leaving in order: exit code 0, nothing reported.
+    void TearDown() override { EXPECT_TRUE(m_server.Stop()); }
+
     void SetUp() override {
         ASSERT_TRUE(m_server.Started());
         ASSERT_EQ(NY_OK, m_client.JoinServer(m_server.MainName().c_str()));

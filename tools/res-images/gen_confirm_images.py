@@ -18,6 +18,7 @@ import struct
 import sys
 
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+import gen_images  # noqa: E402
 from gen_images import Canvas, _arc, write_png  # noqa: E402
 
 # The dialogs' backgrounds: the common light grey, and the fingerprint dialog's dark blue.
@@ -235,13 +236,5 @@ IMAGES = {
 }
 
 
-def main():
-    szOut = sys.argv[1] if len(sys.argv) > 1 else os.path.join(
-        os.path.dirname(os.path.abspath(__file__)), '..', '..', 'res')
-    for szName, (pfnDraw, pfnWrite) in sorted(IMAGES.items()):
-        pfnWrite(os.path.join(szOut, szName), pfnDraw())
-        print('wrote', os.path.normpath(os.path.join(szOut, szName)))
-
-
 if __name__ == '__main__':
-    main()
+    gen_images.main(IMAGES)

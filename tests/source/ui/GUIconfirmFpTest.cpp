@@ -8,6 +8,7 @@
 #include <future>
 #include <string>
 
+#include "NyGuiConfirmFixture.h"
 #include "NyGuiTestEnv.h"
 #include "NyGuiTestWidgets.h"
 #include "runtime/NyResult.h"
@@ -31,38 +32,18 @@ const std::string NY_MARKUP_PLACE =
     "<span color='DarkGoldenrod1'>请将手指放在指纹识别区，进行录入指纹！</span>";
 const std::string NY_MARKUP_FAILED = "<span color='DarkGoldenrod1'>验证指纹失败！</span>";
 
-tagBlkUiParam FpBlock(uint32_t u4Kind, uint32_t u4Stage) {
-    tagBlkUiParam blk = NyGuiTestRequest(UI_CMD_CONFIRM, u4Kind, 0);
-    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_DETAIL, u4Stage);
-    return blk;
-}
-
 void CountLabelSet(GObject* /*pLabel*/, GParamSpec* /*pSpec*/, gpointer pvCount) {
     ++*static_cast<std::atomic<int>*>(pvCount);
 }
 
-class GUIconfirmFpTest : public testing::Test {
+class GUIconfirmFpTest : public CConfirmDialogTest<GUIconfirmFp> {
 protected:
     void Open(uint32_t u4Kind) {
-        m_req = FpBlock(u4Kind, 0);
-        m_pDialog.reset(new GUIconfirmFp(&m_req, m_pConfig.get()));
-        m_pRun.reset(new CGuiTestRun(m_pDialog.get()));
         m_strTitle = u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹";
-        m_strWindow = NyTestWaitWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS);
-        ASSERT_FALSE(m_strWindow.empty()) << "no window titled " << m_strTitle;
-    }
-    tagBlkUiParam Finish() {
-        EXPECT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));
-        EXPECT_EQ(0u, m_pRun->Result());
-        EXPECT_EQ(1u, m_pDialog->IsFinished());
-        EXPECT_TRUE(NyTestWaitNoWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS));
-        return NyGuiTestResponse(m_pDialog.get());
+        OpenDialog(NyConfirmTestRequest(u4Kind, 30), "^" + m_strTitle + "$");
     }
     unsigned int Update(uint32_t u4Kind, uint32_t u4Stage) {
-        tagBlkUiParam blk = FpBlock(u4Kind, u4Stage);
-        blk.enUiCmdType = UI_CMD_UPDATE;
-        blk.enRes = UI_RESULT_OK;  // the dialog's answer must not take this over
-        return m_pDialog->update(reinterpret_cast<const unsigned char*>(&blk), sizeof(blk));
+        return CConfirmDialogTest::Update(NyConfirmTestUpdate(u4Kind, u4Stage));
     }
     static bool WaitTips(const std::string& strMarkup) {
         return NyTestWaitUntil([&] { return NyGuiTestLabelMarkup("stc_tips") == strMarkup; },
@@ -84,13 +65,7 @@ protected:
         return u4Rgb;
     }
 
-    std::unique_ptr<CConfig> m_pConfig = NyGuiTestConfig();
-    tagBlkUiParam m_req;
-    std::atomic<int> m_nTipsSet{0};
-    std::unique_ptr<GUIconfirmFp> m_pDialog;
-    std::unique_ptr<CGuiTestRun> m_pRun;  // declared last: joined before the dialog goes
     std::string m_strTitle;
-    std::string m_strWindow;
 };
 
 }  // namespace
@@ -174,14 +149,14 @@ TEST_F(GUIconfirmFpTest, VerificationShowsItsTitleAndTheFailure) {
 
 TEST_F(GUIconfirmFpTest, SameStageTwiceRefreshesTheTipsOnce) {
     Open(UI_CTT_FINGERPRINT_ENROL);
-    ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nTipsSet));
+    ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
     // Stage 0 is where the dialog starts: nothing to refresh.
     EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0));
     EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
     EXPECT_TRUE(WaitTips(NY_MARKUP_LIFT));
     EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
     usleep(400 * 1000);  // four timer periods
-    EXPECT_EQ(1, m_nTipsSet.load());
+    EXPECT_EQ(1, m_nSignals.load());
     m_pDialog->stop();
     Finish();
 }
@@ -247,7 +222,7 @@ TEST_F(GUIconfirmFpTest, CancelImageFollowsThePointerAndAClickCancels) {
 }
 
 TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
-    m_req = FpBlock(UI_CTT_FINGERPRINT_ENROL, 0);
+    m_req = NyConfirmTestRequest(UI_CTT_FINGERPRINT_ENROL, 30);
     GUIconfirmFp dlg(&m_req, m_pConfig.get());
     EXPECT_EQ(0u, dlg.stop());
     EXPECT_EQ(0u, dlg.run());  // returns at once instead of waiting for the token
@@ -255,7 +230,7 @@ TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
     EXPECT_EQ(UI_RESULT_CANCEL, NyGuiTestResponse(&dlg).enRes);
     EXPECT_TRUE(NyTestFindWindows("^注册指纹$").empty());
     // Once stopped, updates are ignored; an update without data is refused.
-    tagBlkUiParam upd = FpBlock(UI_CTT_FINGERPRINT_ENROL, 0xEE);
+    tagBlkUiParam upd = NyConfirmTestUpdate(UI_CTT_FINGERPRINT_ENROL, 0xEE);
     EXPECT_EQ(0u, dlg.update(reinterpret_cast<const unsigned char*>(&upd), sizeof(upd)));
     tagBlkUiParam blk = NyGuiTestResponse(&dlg);
     EXPECT_EQ(0u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));

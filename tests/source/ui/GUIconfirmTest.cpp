@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "NyGuiConfirmFixture.h"
 #include "NyGuiTestEnv.h"
 #include "NyGuiTestWidgets.h"
 #include "runtime/NyResult.h"
@@ -28,24 +29,6 @@ constexpr unsigned int NY_TXT_LIFT_FINGER = 0x210125;
 constexpr unsigned int NY_TXT_INVALID_DATA = 0x210124;
 constexpr unsigned int NY_TXT_FP_VERIFY_FAILED = 0x10056;
 
-tagBlkUiParam ConfirmRequest(uint32_t u4Kind, uint32_t u4Timeout, uint32_t u4Closable = 1,
-                             uint32_t u4Detail = 0, uint32_t u4Attempts = 0) {
-    tagBlkUiParam blk = NyGuiTestRequest(UI_CMD_CONFIRM, u4Kind, u4Closable);
-    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_DETAIL, u4Detail);
-    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_ATTEMPTS, u4Attempts);
-    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_TIMEOUT, u4Timeout);
-    return blk;
-}
-
-// An update block as a client sends it: command type 1 and, to show that the dialog keeps its
-// own answer, a result word of OK.
-tagBlkUiParam UpdateBlock(uint32_t u4Kind, uint32_t u4Detail, uint32_t u4Timeout) {
-    tagBlkUiParam blk = ConfirmRequest(u4Kind, u4Timeout, 1, u4Detail);
-    blk.enUiCmdType = UI_CMD_UPDATE;
-    blk.enRes = UI_RESULT_OK;
-    return blk;
-}
-
 std::string Formatted(unsigned int u4TextId, uint32_t u4Value) {
     char szText[NY_GUI_LONG_TEXT_SIZE];
     snprintf(szText, sizeof(szText), NyGuiTestText(u4TextId).c_str(), u4Value);
@@ -56,25 +39,9 @@ std::string Remain(uint32_t u4Seconds) {
     return Formatted(NY_TXT_REMAIN, u4Seconds);
 }
 
-class GUIconfirmTest : public testing::Test {
+class GUIconfirmTest : public CConfirmDialogTest<GUIconfirm> {
 protected:
-    void Open(const tagBlkUiParam& req) {
-        m_req = req;
-        m_pDialog.reset(new GUIconfirm(&m_req, m_pConfig.get()));
-        m_pRun.reset(new CGuiTestRun(m_pDialog.get()));
-        m_strWindow = NyTestWaitWindow(TitleRegex(), NY_GUI_TEST_WAIT_MS);
-        ASSERT_FALSE(m_strWindow.empty()) << "no confirmation window";
-    }
-    tagBlkUiParam Finish() {
-        EXPECT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));
-        EXPECT_EQ(0u, m_pRun->Result());
-        EXPECT_EQ(1u, m_pDialog->IsFinished());
-        EXPECT_TRUE(NyTestWaitNoWindow(TitleRegex(), NY_GUI_TEST_WAIT_MS));
-        return NyGuiTestResponse(m_pDialog.get());
-    }
-    void Update(const tagBlkUiParam& blk) {
-        EXPECT_EQ(0u, m_pDialog->update(reinterpret_cast<const unsigned char*>(&blk), sizeof(blk)));
-    }
+    void Open(const tagBlkUiParam& req) { OpenDialog(req, TitleRegex()); }
     static std::string TitleRegex() { return "^" + NyGuiTestText(NY_TXT_TITLE) + "$"; }
     static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
     static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
@@ -87,12 +54,6 @@ protected:
         return std::chrono::duration_cast<std::chrono::milliseconds>(
             std::chrono::steady_clock::now() - start);
     }
-
-    std::unique_ptr<CConfig> m_pConfig = NyGuiTestConfig();
-    tagBlkUiParam m_req;
-    std::unique_ptr<GUIconfirm> m_pDialog;
-    std::unique_ptr<CGuiTestRun> m_pRun;  // declared last: joined before the dialog goes
-    std::string m_strWindow;
 };
 
 // What each kind says, chosen without a display.
@@ -139,7 +100,8 @@ TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
     };
     EXPECT_NE(std::string::npos, Formatted(0x10044, 2).find("还有2次"));
     for (const BlkKindCaseTag& test : aCases) {
-        tagBlkUiParam req = ConfirmRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
+        tagBlkUiParam req =
+            NyConfirmTestRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
         GUIconfirm dlg(&req, m_pConfig.get());
         char szText[NY_GUI_LONG_TEXT_SIZE] = "unset";
         bool bHas = dlg.SelectMessage(szText, sizeof(szText));
@@ -183,7 +145,7 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
     } aCases[] = {{1, true}, {2, true}, {6, false}, {12, false}, {0, false}};
     for (const auto& test : aCases) {
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind));
-        Open(ConfirmRequest(test.u4Kind, 30));
+        Open(NyConfirmTestRequest(test.u4Kind, 30));
         tagBlkUiParam req = m_req;
         char szExpected[NY_GUI_LONG_TEXT_SIZE] = "";
         GUIconfirm(&req, m_pConfig.get()).SelectMessage(szExpected, sizeof(szExpected));
@@ -197,7 +159,7 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
 }
 
 TEST_F(GUIconfirmTest, CountdownStartsOneBelowTheTimeoutAndStepsEverySecond) {
-    Open(ConfirmRequest(1, 30));
+    Open(NyConfirmTestRequest(1, 30));
     EXPECT_EQ("剩余：29 秒", Countdown());
     std::chrono::milliseconds toNext = WaitCountdown(28, 3000);
     ASSERT_GE(toNext.count(), 0) << "28 never shown";
@@ -210,7 +172,7 @@ TEST_F(GUIconfirmTest, CountdownStartsOneBelowTheTimeoutAndStepsEverySecond) {
 }
 
 TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
-    Open(ConfirmRequest(1, 2));
+    Open(NyConfirmTestRequest(1, 2));
     EXPECT_EQ(Remain(1), Countdown());
     EXPECT_GE(WaitCountdown(0, 3000).count(), 0);
     usleep(2500 * 1000);
@@ -222,8 +184,8 @@ TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
 }
 
 TEST_F(GUIconfirmTest, FingerprintUpdateShowsTheStageAndRestartsTheCount) {
-    Open(ConfirmRequest(1, 30));
-    Update(UpdateBlock(UI_CTT_FINGERPRINT_ENROL, 0x000000EE, 60));
+    Open(NyConfirmTestRequest(1, 30));
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_ENROL, 0x000000EE, 60)));
     EXPECT_EQ(NyGuiTestText(NY_TXT_LIFT_FINGER), Tips());
     EXPECT_EQ("请抬起手指！", Tips());
     ASSERT_GE(WaitCountdown(60, 2000).count(), 0) << "the count did not restart at 60";
@@ -239,25 +201,25 @@ TEST_F(GUIconfirmTest, FingerprintUpdateShowsTheStageAndRestartsTheCount) {
 }
 
 TEST_F(GUIconfirmTest, VerificationUpdatesFollowTheDetailValue) {
-    Open(ConfirmRequest(2, 30));
+    Open(NyConfirmTestRequest(2, 30));
     const std::string strFirst = Tips();
     ASSERT_FALSE(strFirst.empty());
     // A detail without a text of its own keeps the message, yet the count restarts.
-    Update(UpdateBlock(UI_CTT_FINGERPRINT_VERIFY, 0x55, 40));
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 40)));
     EXPECT_EQ(strFirst, Tips());
     EXPECT_GE(WaitCountdown(40, 2000).count(), 0);
-    Update(UpdateBlock(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED, 40));
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED, 40)));
     EXPECT_EQ(NyGuiTestText(NY_TXT_FP_VERIFY_FAILED), Tips());
-    Update(UpdateBlock(UI_CTT_FINGERPRINT_VERIFY, 0x123456EB, 40));
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x123456EB, 40)));
     EXPECT_EQ(NyGuiTestText(NY_TXT_INVALID_DATA), Tips());
     m_pDialog->stop();
     Finish();
 }
 
 TEST_F(GUIconfirmTest, UpdateOfAnotherKindChangesNothingVisible) {
-    Open(ConfirmRequest(2, 30));
+    Open(NyConfirmTestRequest(2, 30));
     const std::string strTips = Tips();
-    Update(UpdateBlock(3, 0xEE, 90));
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
     // Two ticks later the count went on from the request's time-out, not the update's.
     EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
     EXPECT_EQ(strTips, Tips());
@@ -270,7 +232,7 @@ TEST_F(GUIconfirmTest, UpdateOfAnotherKindChangesNothingVisible) {
 
 TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
     CNyTestLogCapture log;
-    Open(ConfirmRequest(1, 30, 0));
+    Open(NyConfirmTestRequest(1, 30, 0));
     NyGuiTestShot(m_strWindow, "confirm-not-closable");
     // Motif hints: flags, then functions: MWM_FUNC_MOVE (4) alone.
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x4,"));
@@ -295,7 +257,7 @@ TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
 }
 
 TEST_F(GUIconfirmTest, ClosableWindowClosedByTheWindowManagerAnswersCancel) {
-    Open(ConfirmRequest(1, 30, 1));
+    Open(NyConfirmTestRequest(1, 30, 1));
     // Motif functions: MWM_FUNC_MOVE | MWM_FUNC_CLOSE (0x24).
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x24"));
     NyTestKey("alt+F4");
@@ -313,7 +275,7 @@ TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
         {UI_CTT_FINGERPRINT_VERIFY, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"}};
     for (const auto& test : aCases) {
         SCOPED_TRACE(test.szFile);
-        Open(ConfirmRequest(test.u4Kind, 30));
+        Open(NyConfirmTestRequest(test.u4Kind, 30));
         GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
         ASSERT_NE(nullptr, pShown);
         EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
@@ -335,11 +297,11 @@ TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
 }
 
 TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
-    tagBlkUiParam req = ConfirmRequest(4, 30, 1, 0x11);
+    tagBlkUiParam req = NyConfirmTestRequest(4, 30, 1, 0x11);
     GUIconfirm dlg(&req, m_pConfig.get());
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(req)));
     // A short update replaces only the bytes it carries.
-    tagBlkUiParam upd = UpdateBlock(5, 0x22, 60);
+    tagBlkUiParam upd = NyConfirmTestUpdate(5, 0x22, 60);
     EXPECT_EQ(0u, dlg.update(reinterpret_cast<const unsigned char*>(&upd), UI_OFS_CONFIRM_DETAIL));
     tagBlkUiParam blk = NyGuiTestResponse(&dlg);
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
@@ -357,7 +319,7 @@ TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
 
 TEST_F(GUIconfirmTest, ConfirmCommandOpensTheFingerprintDialogOnlyForKinds15And16) {
     for (uint32_t u4Kind : {0u, 1u, 14u, 15u, 16u, 17u}) {
-        tagBlkUiParam req = ConfirmRequest(u4Kind, 30);
+        tagBlkUiParam req = NyConfirmTestRequest(u4Kind, 30);
         std::unique_ptr<GUIBase> pDialog(
             CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, m_pConfig.get()));
         bool bFingerprint = u4Kind == 15 || u4Kind == 16;

@@ -136,17 +136,6 @@ TEST_F(GUIconfirmFpTest, ChangeFingerStageShowsItsTextAndTheSecondPicture) {
     Finish();
 }
 
-TEST_F(GUIconfirmFpTest, VerificationShowsItsTitleAndTheFailure) {
-    Open(UI_CTT_FINGERPRINT_VERIFY);
-    EXPECT_EQ(NY_MARKUP_TITLE_VERIFY, NyGuiTestLabelMarkup("stc_title"));
-    NyGuiTestShot(m_strWindow, "fingerprint-verify-start");
-    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED));
-    EXPECT_TRUE(WaitTips(NY_MARKUP_FAILED));
-    NyGuiTestShot(m_strWindow, "fingerprint-verify-failed");
-    m_pDialog->stop();
-    Finish();
-}
-
 TEST_F(GUIconfirmFpTest, SameStageTwiceRefreshesTheTipsOnce) {
     Open(UI_CTT_FINGERPRINT_ENROL);
     ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
@@ -175,8 +164,12 @@ TEST_F(GUIconfirmFpTest, UpdateOfAnotherKindChangesNothingVisible) {
     EXPECT_EQ(0xEAu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
 }
 
-TEST_F(GUIconfirmFpTest, StopClosesWithinAboutOneTimerPeriodAnsweringCancel) {
+TEST_F(GUIconfirmFpTest, VerificationFailureThenStopClosesWithinAboutOneTimerPeriod) {
     Open(UI_CTT_FINGERPRINT_VERIFY);
+    EXPECT_EQ(NY_MARKUP_TITLE_VERIFY, NyGuiTestLabelMarkup("stc_title"));
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED));
+    EXPECT_TRUE(WaitTips(NY_MARKUP_FAILED));
+    NyGuiTestShot(m_strWindow, "fingerprint-verify-failed");
     auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(0u, m_pDialog->stop());
     ASSERT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));

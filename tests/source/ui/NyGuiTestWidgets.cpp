@@ -52,10 +52,6 @@ std::string NyGuiTestResPath(const std::string& strName) {
     return std::string(NY_TEST_BIN_DIR) + "/res/" + strName;
 }
 
-bool NyGuiTestHasWidget(const char* szId) {
-    return WithWidget(szId, [](GtkWidget*) {});
-}
-
 std::string NyGuiTestLabelText(const char* szId) {
     std::string strText;
     WithWidget(szId, [&](GtkWidget* p) { strText = gtk_label_get_text(GTK_LABEL(p)); });

@@ -12,8 +12,6 @@
 // Path of a file in the resource folder the dialogs load from (build/bin/res).
 std::string NyGuiTestResPath(const std::string& strName);
 
-// Whether a widget with that id exists in a window of this process.
-bool NyGuiTestHasWidget(const char* szId);
 // A label's text without markup, and its text with markup; "" when there is no such label.
 std::string NyGuiTestLabelText(const char* szId);
 std::string NyGuiTestLabelMarkup(const char* szId);

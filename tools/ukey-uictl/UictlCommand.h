@@ -47,6 +47,18 @@ bool UictlUnblockOption(const std::string& strName, const std::string& strValue,
                         tagBlkUiParam* pReq, std::string* pstrError);
 bool UictlLabelOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
                       std::string* pstrError);
+bool UictlConfirmOption(const std::string& strName, const std::string& strValue,
+                        tagBlkUiParam* pReq, std::string* pstrError);
+bool UictlFingerprintOption(const std::string& strName, const std::string& strValue,
+                            tagBlkUiParam* pReq, std::string* pstrError);
+
+// Defaults of a subcommand, written into the request block before its options.
+typedef void (*PFN_UICTL_PRESET)(tagBlkUiParam* pReq);
+void UictlConfirmPreset(tagBlkUiParam* pReq);
+void UictlFingerprintPreset(tagBlkUiParam* pReq);
+// Applies the defaults of pCommand, if it has any (a subcommand that has adds a line to the
+// preset table in UictlCommands.cpp).
+void UictlPresetRequest(const BlkUictlCommandTag* pCommand, tagBlkUiParam* pReq);
 
 // A numeric option that sets one u32 field of the request block.
 struct BlkUictlFieldOptionTag {
@@ -62,3 +74,5 @@ bool UictlApplyFieldOption(const BlkUictlFieldOptionTag* aFields, size_t cFields
 // Helpers for option handlers: numbers in decimal or 0x-hex, and OFFSET=VALUE pairs.
 bool UictlParseU32(const std::string& strText, uint32_t* pu4Value);
 bool UictlParseOffsetValue(const std::string& strText, uint32_t* pu4Offset, uint32_t* pu4Value);
+// A 32-bit number in hexadecimal, with or without "0x" ("EE", "0xE06163CF").
+bool UictlParseHex32(const std::string& strText, uint32_t* pu4Value);

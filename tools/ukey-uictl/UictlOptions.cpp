@@ -53,10 +53,26 @@ int ApplyCommonValue(const std::string& strName, const std::string& strValue,
         bOk = UictlParseU32(strValue, &pOptions->u4TimeoutMs);
     } else if (strName == "--poll") {
         bOk = UictlParseU32(strValue, &pOptions->u4PollMs);
+    } else if (strName == "--update-after") {
+        BlkUictlUpdateTag update;
+        bOk = UictlParseUpdate(strValue, &update);
+        pOptions->vUpdates.push_back(update);
+    } else if (strName == "--stop-after") {
+        bOk = UictlParseU32(strValue, &pOptions->u4StopAfterMs);
     } else {
         return 0;
     }
     return bOk ? 1 : -1;
+}
+
+// A subcommand may give a common option's name a meaning of its own (confirm's --timeout is the
+// device's time-out in seconds): its handler is asked first, on a scratch block.
+bool OwnedBySubcommand(const BlkUictlCommandTag* pCommand, const std::string& strName,
+                       const std::string& strValue) {
+    tagBlkUiParam blkScratch = {};
+    std::string strError;
+    return pCommand->pfnOption(strName, strValue, &blkScratch, &strError) ||
+           strError.compare(0, strlen(NY_UICTL_UNKNOWN_OPTION), NY_UICTL_UNKNOWN_OPTION) != 0;
 }
 
 // A subcommand's option as given: flags have no value.
@@ -107,7 +123,9 @@ bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandT
         std::string strName;
         std::string strValue;
         bool bHasValue = TakeValue(argc, argv, &i, &strName, &strValue);
-        int iCommon = ApplyCommonValue(strName, strValue, pOptions);
+        int iCommon = OwnedBySubcommand(pCommand, strName, strValue)
+                          ? 0
+                          : ApplyCommonValue(strName, strValue, pOptions);
         if (!bHasValue && iCommon != 0) {
             *pstrError = NeedsValue(strName);
             return false;
@@ -125,6 +143,7 @@ bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandT
     if (pOptions->bAsync) {
         pReq->u4Mode = UI_MODE_ASYNC;
     }
+    UictlPresetRequest(pCommand, pReq);
     for (const BlkOwnOptionTag& option : vOwn) {
         if (!pCommand->pfnOption(option.strName, option.strValue, pReq, pstrError)) {
             // Without a value, a known option that is no flag lacks its value.
@@ -135,7 +154,7 @@ bool UictlParseOptions(int argc, char** argv, int iFirst, const BlkUictlCommandT
             return false;
         }
     }
-    return true;
+    return UictlPrepareSchedule(pOptions, pReq, pstrError);
 }
 
 std::string UictlUsage() {
@@ -151,6 +170,10 @@ std::string UictlUsage() {
         "  --timeout MS      give up polling after MS milliseconds\n"
         "  --protect SEEDHEX protect the exchange with this 16-byte seed (32 hex digits)\n"
         "  --json            print the answer as one JSON object\n"
+        "  --update-after MS:DETAIL  MS after the start, update a confirm or fingerprint\n"
+        "                    dialog with detail value DETAIL (hex); repeatable\n"
+        "  --stop-after MS   stop the dialog MS after its start\n"
+        "                    (both run the dialog asynchronously)\n"
         "commands:\n";
     for (size_t i = 0; i < g_cUictlCommands; ++i) {
         strUsage += std::string("  ") + g_aUictlCommands[i].szName + ": " +

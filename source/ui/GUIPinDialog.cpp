@@ -5,6 +5,7 @@
 #include "CConfig.h"
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
+#include "runtime/NySafe.h"
 #include "ui/GUIEntryFilter.h"
 
 namespace {
@@ -50,6 +51,31 @@ unsigned int GUIPinDialog::GetResponse(unsigned char* pu1Buf, unsigned int* pu4L
 
 unsigned int GUIPinDialog::IsFinished() {
     return m_u4Finished.load();
+}
+
+GtkBuilder* GUIPinDialog::LoadDialog(const char* szDir, const char* szName, GtkWidget** ppOk,
+                                     GtkWidget** ppCancel) {
+    char szId[NY_GUI_TEXT_SIZE];
+    NyStrPrintf(szId, sizeof(szId), "%s.glade", szName);
+    GtkBuilder* pBuilder = LoadBuilder(szDir, szId);
+    NyStrPrintf(szId, sizeof(szId), "%s_window", szName);
+    m_pWindow = GetWidget(pBuilder, szId);
+    NyStrPrintf(szId, sizeof(szId), "%s_idok", szName);
+    *ppOk = GetWidget(pBuilder, szId);
+    NyStrPrintf(szId, sizeof(szId), "%s_idcancle", szName);
+    *ppCancel = GetWidget(pBuilder, szId);
+    NyStrPrintf(szId, sizeof(szId), "%s_image", szName);
+    SetLogo(GetWidget(pBuilder, szId), szDir);
+    return pBuilder;
+}
+
+GtkWidget* GUIPinDialog::FinishBuild(GtkBuilder* pBuilder, GtkWidget* pFirst) {
+    StartPolling();
+    g_object_unref(pBuilder);
+    if (pFirst != nullptr) {
+        gtk_widget_grab_focus(pFirst);
+    }
+    return pFirst;
 }
 
 void GUIPinDialog::ConnectButtons(GtkWidget* pWindow, GtkWidget* pOk, GtkWidget* pCancel) {

@@ -27,8 +27,8 @@ protected:
     ~GUIPinDialog() override;
 
     // Fetches the widgets, sets texts and fonts, connects the signals (ConnectButtons,
-    // ConnectEntry), starts the poll; returns the entry that gets the focus first. Called under
-    // the GUI lock.
+    // ConnectEntry), between LoadDialog and FinishBuild; returns the entry that gets the focus
+    // first. Called under the GUI lock.
     virtual GtkWidget* Build(const char* szDir) = 0;
     // Shows each entry's counter; true when every entry holds at least its minimum length.
     virtual bool RefreshCounters() = 0;
@@ -40,13 +40,18 @@ protected:
     // What the window manager may do with the window.
     virtual GdkWMFunction WindowFunctions() const { return NY_GUI_WM_FUNCTIONS; }
 
+    // The first steps of Build: res/<szName>.glade loaded, its "<szName>_window" as the window,
+    // "<szName>_idok" and "<szName>_idcancle" handed out, the logo in "<szName>_image".
+    GtkBuilder* LoadDialog(const char* szDir, const char* szName, GtkWidget** ppOk,
+                           GtkWidget** ppCancel);
+    // The last steps of Build: the poll started, the builder dropped, the focus given to
+    // pFirst, which is returned.
+    GtkWidget* FinishBuild(GtkBuilder* pBuilder, GtkWidget* pFirst);
     // The window's "destroy", OK and Cancel "pressed" and "activate".
     void ConnectButtons(GtkWidget* pWindow, GtkWidget* pOk, GtkWidget* pCancel);
     // Enter in the entry is OK. A PIN entry also refuses pasting. pfnFilter (may be null) is
     // the entry's "insert-text" handler, called with pvFilterData.
     void ConnectEntry(GtkWidget* pEntry, bool bPin, GCallback pfnFilter, gpointer pvFilterData);
-    // Starts the 50 ms poll and sets the OK button from the entries as they are.
-    void StartPolling();
     // Fonts of the dialog: "Sans" 9 on button labels and labels, 10 on entries.
     void SetFonts(std::initializer_list<GtkWidget*> lButtons,
                   std::initializer_list<GtkWidget*> lEntries,
@@ -69,6 +74,8 @@ protected:
     GtkWidget* m_pOkButton = nullptr;
 
 private:
+    // Starts the 50 ms poll and sets the OK button from the entries as they are.
+    void StartPolling();
     void RefreshOk();
     void OnDestroyed();
     void OnOk();

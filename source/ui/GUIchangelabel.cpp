@@ -42,14 +42,12 @@ GUIchangelabel::GUIchangelabel(const tagBlkUiParam* pReq, CConfig* pConfig)
 }
 
 GtkWidget* GUIchangelabel::Build(const char* szDir) {
-    GtkBuilder* pBuilder = LoadBuilder(szDir, "changelabel.glade");
-    m_pWindow = GetWidget(pBuilder, "changelabel_window");
-    GtkWidget* pOk = GetWidget(pBuilder, "changelabel_idok");
-    GtkWidget* pCancel = GetWidget(pBuilder, "changelabel_idcancle");
+    GtkWidget* pOk = nullptr;
+    GtkWidget* pCancel = nullptr;
+    GtkBuilder* pBuilder = LoadDialog(szDir, "changelabel", &pOk, &pCancel);
     m_pNameEntry = GetWidget(pBuilder, "changelabel_newname");
     m_pPinEntry = GetWidget(pBuilder, "changelabel_pin");
     m_pPinCount = GetWidget(pBuilder, "changelabel_count");
-    SetLogo(GetWidget(pBuilder, "changelabel_image"), szDir);
 
     PreparePinEntry(m_pPinEntry, NyUiParamGetU4(&m_blkParam, UI_OFS_LABEL_PIN_MAX_LEN));
     if (m_pNameEntry != nullptr) {
@@ -66,12 +64,7 @@ GtkWidget* GUIchangelabel::Build(const char* szDir) {
     ConnectEntry(m_pNameEntry, false, G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
                  const_cast<char*>(NY_GUI_LABEL_SPECIAL_CHARS));
     ConnectEntry(m_pPinEntry, true, nullptr, nullptr);
-    StartPolling();
-    g_object_unref(pBuilder);
-    if (m_pNameEntry != nullptr) {
-        gtk_widget_grab_focus(m_pNameEntry);
-    }
-    return m_pNameEntry;
+    return FinishBuild(pBuilder, m_pNameEntry);
 }
 
 void GUIchangelabel::SetTexts(GtkBuilder* pBuilder, GtkWidget* pOk, GtkWidget* pCancel) {

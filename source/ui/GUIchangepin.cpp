@@ -47,10 +47,9 @@ GdkWMFunction GUIchangepin::WindowFunctions() const {
 }
 
 GtkWidget* GUIchangepin::Build(const char* szDir) {
-    GtkBuilder* pBuilder = LoadBuilder(szDir, "changepin.glade");
-    m_pWindow = GetWidget(pBuilder, "changepin_window");
-    GtkWidget* pOk = GetWidget(pBuilder, "changepin_idok");
-    GtkWidget* pCancel = GetWidget(pBuilder, "changepin_idcancle");
+    GtkWidget* pOk = nullptr;
+    GtkWidget* pCancel = nullptr;
+    GtkBuilder* pBuilder = LoadDialog(szDir, "changepin", &pOk, &pCancel);
     m_pOldEntry = GetWidget(pBuilder, "changepin_oldpin");
     m_pNewEntry = GetWidget(pBuilder, "changepin_newpin");
     m_pConfirmEntry = GetWidget(pBuilder, "changepin_confirm");
@@ -58,7 +57,6 @@ GtkWidget* GUIchangepin::Build(const char* szDir) {
     m_pCountNew = GetWidget(pBuilder, "changepin_count_new");
     m_pCountConfirm = GetWidget(pBuilder, "changepin_count_confirm");
     m_pErrorTips = GetWidget(pBuilder, "changepin_error_tips");
-    SetLogo(GetWidget(pBuilder, "changepin_image"), szDir);
 
     uint32_t u4MaxLen = NyUiParamGetU4(&m_blkParam, UI_OFS_CHANGE_MAX_LEN);
     for (GtkWidget* pEntry : {m_pOldEntry, m_pNewEntry, m_pConfirmEntry}) {
@@ -73,12 +71,7 @@ GtkWidget* GUIchangepin::Build(const char* szDir) {
     for (GtkWidget* pEntry : {m_pOldEntry, m_pNewEntry, m_pConfirmEntry}) {
         ConnectEntry(pEntry, true, G_CALLBACK(GUIEntryFilter::on_entry_insert), this);
     }
-    StartPolling();
-    g_object_unref(pBuilder);
-    if (m_pOldEntry != nullptr) {
-        gtk_widget_grab_focus(m_pOldEntry);
-    }
-    return m_pOldEntry;
+    return FinishBuild(pBuilder, m_pOldEntry);
 }
 
 // Only OK (or a stop) can end a compulsory change.

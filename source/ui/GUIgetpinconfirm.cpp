@@ -29,16 +29,14 @@ unsigned int GUIgetpinconfirm::ValidateResultToMsgString(int iResult, char* szBu
 }
 
 GtkWidget* GUIgetpinconfirm::Build(const char* szDir) {
-    GtkBuilder* pBuilder = LoadBuilder(szDir, "getpinconfirm.glade");
-    m_pWindow = GetWidget(pBuilder, "getpinconfirm_window");
-    GtkWidget* pOk = GetWidget(pBuilder, "getpinconfirm_idok");
-    GtkWidget* pCancel = GetWidget(pBuilder, "getpinconfirm_idcancle");
+    GtkWidget* pOk = nullptr;
+    GtkWidget* pCancel = nullptr;
+    GtkBuilder* pBuilder = LoadDialog(szDir, "getpinconfirm", &pOk, &pCancel);
     m_pPinEntry = GetWidget(pBuilder, "getpinconfirm_pin");
     m_pConfirmEntry = GetWidget(pBuilder, "getpinconfirm_pin_confirm");
     m_pPinCount = GetWidget(pBuilder, "getpinconfirm_pin_count");
     m_pConfirmCount = GetWidget(pBuilder, "getpinconfirm_confirm_count");
     m_pErrorTips = GetWidget(pBuilder, "getpinconfirm_error_tips");
-    SetLogo(GetWidget(pBuilder, "getpinconfirm_image"), szDir);
 
     uint32_t u4MaxLen = NyUiParamGetU4(&m_blkParam, UI_OFS_VERIFY_MAX_LEN);
     PreparePinEntry(m_pPinEntry, u4MaxLen);
@@ -50,12 +48,7 @@ GtkWidget* GUIgetpinconfirm::Build(const char* szDir) {
         ConnectEntry(pEntry, true, G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
                      const_cast<char*>(NY_GUI_PIN_SPECIAL_CHARS));
     }
-    StartPolling();
-    g_object_unref(pBuilder);
-    if (m_pPinEntry != nullptr) {
-        gtk_widget_grab_focus(m_pPinEntry);
-    }
-    return m_pPinEntry;
+    return FinishBuild(pBuilder, m_pPinEntry);
 }
 
 void GUIgetpinconfirm::SetTexts(GtkBuilder* pBuilder, GtkWidget* pOk, GtkWidget* pCancel) {

@@ -17,15 +17,13 @@ GUIunblock::GUIunblock(const tagBlkUiParam* pReq, CConfig* pConfig)
     : GUIPinDialog(pReq, pConfig, "GUIunblock") {}
 
 GtkWidget* GUIunblock::Build(const char* szDir) {
-    GtkBuilder* pBuilder = LoadBuilder(szDir, "unblock.glade");
-    m_pWindow = GetWidget(pBuilder, "unblock_window");
-    GtkWidget* pOk = GetWidget(pBuilder, "unblock_idok");
-    GtkWidget* pCancel = GetWidget(pBuilder, "unblock_idcancle");
+    GtkWidget* pOk = nullptr;
+    GtkWidget* pCancel = nullptr;
+    GtkBuilder* pBuilder = LoadDialog(szDir, "unblock", &pOk, &pCancel);
     m_pSoEntry = GetWidget(pBuilder, "unblock_so_pin");
     m_pUserEntry = GetWidget(pBuilder, "unblock_usr_pin");
     m_pCountSo = GetWidget(pBuilder, "unblock_count_tip_so");
     m_pCountUser = GetWidget(pBuilder, "unblock_count_tip_usr");
-    SetLogo(GetWidget(pBuilder, "unblock_image"), szDir);
 
     uint32_t u4MaxLen = NyUiParamGetU4(&m_blkParam, UI_OFS_UNBLOCK_MAX_LEN);
     PreparePinEntry(m_pSoEntry, u4MaxLen);
@@ -36,12 +34,7 @@ GtkWidget* GUIunblock::Build(const char* szDir) {
     for (GtkWidget* pEntry : {m_pSoEntry, m_pUserEntry}) {
         ConnectEntry(pEntry, true, G_CALLBACK(GUIEntryFilter::on_entry_insert), this);
     }
-    StartPolling();
-    g_object_unref(pBuilder);
-    if (m_pSoEntry != nullptr) {
-        gtk_widget_grab_focus(m_pSoEntry);
-    }
-    return m_pSoEntry;
+    return FinishBuild(pBuilder, m_pSoEntry);
 }
 
 void GUIunblock::SetTexts(GtkBuilder* pBuilder, GtkWidget* pOk, GtkWidget* pCancel) {

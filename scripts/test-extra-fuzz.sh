@@ -22,7 +22,12 @@ status=0
 for src in "${sources[@]}"; do
     name=$(basename "$src" .cpp)
     target="fuzz_$name"
-    cmake --build "$dir" --target "$target" -j2 >/dev/null
+    if ! cmake --build "$dir" --target "$target" -j2 >"$dir/fuzz/$target.build.log" 2>&1; then
+        echo "fuzz: $target does not build, see $dir/fuzz/$target.build.log"
+        tail -n 30 "$dir/fuzz/$target.build.log"
+        status=1
+        continue
+    fi
     corpus=$(mktemp -d)
     seeds="$dir/fuzz/seeds/$target"
     [[ -d "$seeds" ]] && cp -r "$seeds/." "$corpus/"

@@ -62,6 +62,20 @@ uint32_t CfgGetNumber(BlkCfgHandleTag* hCfg, unsigned int u4Id, uint32_t u4Size,
     return NY_OK;
 }
 
+// A number whose id must carry exactly u4Type, read through a capacity of its own size.
+template <typename T>
+uint32_t CfgGetExact(BlkCfgHandleTag* hCfg, unsigned int u4Id, uint32_t u4Type, T* pOut) {
+    if (pOut == nullptr || NyCfgIdType(u4Id) != u4Type) {
+        return CfgLogged(NY_ERR_INVALID_ARGUMENT);
+    }
+    uint32_t u4Value = 0;
+    uint32_t u4Result = CfgGetNumber(hCfg, u4Id, sizeof(T), &u4Value);
+    if (u4Result == NY_OK) {
+        *pOut = static_cast<T>(u4Value);
+    }
+    return u4Result;
+}
+
 }  // namespace
 
 uint32_t NyCfgInit(const unsigned char* pu1Image, unsigned int u4Length,
@@ -109,27 +123,11 @@ uint32_t NyCfgGetU4(BlkCfgHandleTag* hCfg, unsigned int u4Id, unsigned int* pu4O
 }
 
 uint32_t NyCfgGetU2(BlkCfgHandleTag* hCfg, unsigned int u4Id, unsigned short* pu2Out) {
-    if (pu2Out == nullptr || NyCfgIdType(u4Id) != NY_CFG_TYPE_U2) {
-        return CfgLogged(NY_ERR_INVALID_ARGUMENT);
-    }
-    uint32_t u4Value = 0;
-    uint32_t u4Result = CfgGetNumber(hCfg, u4Id, 2, &u4Value);
-    if (u4Result == NY_OK) {
-        *pu2Out = static_cast<unsigned short>(u4Value);
-    }
-    return u4Result;
+    return CfgGetExact(hCfg, u4Id, NY_CFG_TYPE_U2, pu2Out);
 }
 
 uint32_t NyCfgGetU1(BlkCfgHandleTag* hCfg, unsigned int u4Id, unsigned char* pu1Out) {
-    if (pu1Out == nullptr || NyCfgIdType(u4Id) != NY_CFG_TYPE_U1) {
-        return CfgLogged(NY_ERR_INVALID_ARGUMENT);
-    }
-    uint32_t u4Value = 0;
-    uint32_t u4Result = CfgGetNumber(hCfg, u4Id, 1, &u4Value);
-    if (u4Result == NY_OK) {
-        *pu1Out = static_cast<unsigned char>(u4Value);
-    }
-    return u4Result;
+    return CfgGetExact(hCfg, u4Id, NY_CFG_TYPE_U1, pu1Out);
 }
 
 uint32_t NyCfgSetLangId(BlkCfgHandleTag* hCfg, unsigned int u4LanguageCode) {

@@ -10,15 +10,6 @@
 
 namespace {
 
-struct flock ByteLockDesc(off_t u8Offset, short iType) {
-    struct flock stLock = {};
-    stLock.l_type = iType;
-    stLock.l_whence = SEEK_SET;
-    stLock.l_start = u8Offset;
-    stLock.l_len = 1;
-    return stLock;
-}
-
 uint32_t LockForever(int iFd, struct flock* pLock) {
     for (;;) {
         if (fcntl(iFd, F_SETLKW, pLock) == 0) {
@@ -54,6 +45,15 @@ uint32_t LockByAttempts(int iFd, struct flock* pLock, uint32_t u4Attempts) {
 
 }  // namespace
 
+struct flock FileByteLockDesc(off_t u8Offset, short iType) {
+    struct flock stLock = {};
+    stLock.l_type = iType;
+    stLock.l_whence = SEEK_SET;
+    stLock.l_start = u8Offset;
+    stLock.l_len = 1;
+    return stLock;
+}
+
 uint32_t FileRecordLockGet(int iFd, struct flock* pLock, uint32_t u4TimeoutMs) {
     if (pLock == nullptr || (pLock->l_type != F_RDLCK && pLock->l_type != F_WRLCK)) {
         return NY_ERR_INVALID_ARGUMENT;
@@ -65,12 +65,12 @@ uint32_t FileRecordLockGet(int iFd, struct flock* pLock, uint32_t u4TimeoutMs) {
 }
 
 uint32_t FileByteLock(int iFd, off_t u8Offset, short iType) {
-    struct flock stLock = ByteLockDesc(u8Offset, iType);
+    struct flock stLock = FileByteLockDesc(u8Offset, iType);
     return FileRecordLockGet(iFd, &stLock, NY_WAIT_INFINITE);
 }
 
 uint32_t FileByteUnlock(int iFd, off_t u8Offset) {
-    struct flock stLock = ByteLockDesc(u8Offset, F_UNLCK);
+    struct flock stLock = FileByteLockDesc(u8Offset, F_UNLCK);
     while (fcntl(iFd, F_SETLK, &stLock) != 0) {
         if (errno != EINTR) {
             return NY_ERR_UNLOCK_FAILED;
@@ -80,7 +80,7 @@ uint32_t FileByteUnlock(int iFd, off_t u8Offset) {
 }
 
 bool FileByteUsedByOthers(int iFd, off_t u8Offset) {
-    struct flock stLock = ByteLockDesc(u8Offset, F_WRLCK);
+    struct flock stLock = FileByteLockDesc(u8Offset, F_WRLCK);
     while (fcntl(iFd, F_GETLK, &stLock) != 0) {
         if (errno != EINTR) {
             return true;  // cannot tell: assume in use, so nothing is removed or taken over

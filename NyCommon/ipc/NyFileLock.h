@@ -10,6 +10,8 @@ constexpr off_t NY_FILE_SYNC_BYTE = 0;
 constexpr off_t NY_FILE_SHARE_BYTE = 1;
 constexpr off_t NY_FILE_MUTEX_BYTE = 2;
 
+// Description of a one-byte lock (F_RDLCK, F_WRLCK or F_UNLCK) at u8Offset.
+struct flock FileByteLockDesc(off_t u8Offset, short iType);
 // Places the lock described by pLock (F_RDLCK or F_WRLCK; anything else NY_ERR_INVALID_ARGUMENT).
 // NY_WAIT_INFINITE blocks; otherwise the time-out counts non-blocking attempts about 1 ms apart,
 // and running out of them gives NY_ERR_TIMEOUT. Unexpected failures: NY_ERR_LOCK_FAILED.

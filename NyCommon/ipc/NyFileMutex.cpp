@@ -4,25 +4,17 @@
 #include "ipc/NyFileRef.h"
 #include "ipc/NyIpcResult.h"
 #include "ipc/NyRecMutex.h"
+#include "log/NyLog.h"
 #include "os/NyOs.h"
 #include "runtime/NyResult.h"
 
 namespace {
 
-struct flock MutexByte(short iType) {
-    struct flock stLock = {};
-    stLock.l_type = iType;
-    stLock.l_whence = SEEK_SET;
-    stLock.l_start = NY_FILE_MUTEX_BYTE;
-    stLock.l_len = 1;
-    return stLock;
-}
-
 // The byte-2 lock belongs to the process; several handles of one file share it through the
 // reference's depth counter, which only the holder of the in-process mutex touches.
 uint32_t TakeMutexByte(BlkFileRefTag* pRef, uint32_t u4TimeoutMs) {
     if (pRef->u4LockDepth == 0) {
-        struct flock stLock = MutexByte(F_WRLCK);
+        struct flock stLock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
         uint32_t u4Result = FileRecordLockGet(pRef->iFd, &stLock, u4TimeoutMs);
         if (u4Result != NY_OK) {
             return u4Result;
@@ -40,9 +32,14 @@ uint32_t DropMutexByte(BlkFileRefTag* pRef) {
     return NY_OK;
 }
 
-}  // namespace
+uint32_t Logged(uint32_t u4Result) {
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+    }
+    return u4Result;
+}
 
-uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs) {
+uint32_t Wait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs) {
     uint32_t u4Tid = NyOsGetCurrentTid();
     if (u4Tid == 0) {
         return NY_ERR_UNEXPECTED;
@@ -65,7 +62,7 @@ uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32
     return NY_OK;
 }
 
-uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
+uint32_t Release(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
     if (pOwner->u4OwnerTid != NyOsGetCurrentTid()) {
         return NY_ERR_NOT_OWNER;
     }
@@ -88,7 +85,20 @@ uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
     return NY_OK;
 }
 
+}  // namespace
+
+uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs) {
+    return Logged(Wait(pRef, pOwner, u4TimeoutMs));
+}
+
+uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
+    return Logged(Release(pRef, pOwner));
+}
+
 void FileMutexReleaseAll(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
+    if (pOwner->u4OwnerTid != NyOsGetCurrentTid()) {
+        return;
+    }
     while (pOwner->u4Count > 0 && FileMutexRelease(pRef, pOwner) == NY_OK) {
     }
 }

@@ -1,5 +1,6 @@
 // The cross-process lock of a shared file: the file reference's in-process mutex, then the
-// exclusive byte-2 record lock; recursive per thread through an owner record.
+// exclusive byte-2 record lock; recursive per thread through an owner record. Failures are
+// logged at level 2 as result codes.
 #pragma once
 
 #include <cstdint>

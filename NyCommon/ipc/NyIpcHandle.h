@@ -16,5 +16,9 @@ constexpr uint32_t NY_EVENT_TAG = 0x4553454D;  // the bytes "MESE" in memory ord
 constexpr uint32_t NY_MUTEX_TAG = 0x004D5458;
 constexpr uint32_t NY_SHM_TAG = 0x5353484D;
 
+// NY_ERR_INVALID_ARGUMENT for a null handle, NY_ERR_WRONG_HANDLE when its record does not start
+// with u4Tag, else 0.
+uint32_t NyIpcCheckHandle(const void* h, uint32_t u4Tag);
+
 // Time-out value that waits forever.
 constexpr uint32_t NY_WAIT_INFINITE = 0xFFFFFFFF;

@@ -48,16 +48,23 @@ bool Vanished(int iError) {
 }
 
 uint32_t CheckHandle(NY_EVENT_HANDLE hEvent) {
-    if (hEvent == nullptr) {
-        return NY_ERR_INVALID_ARGUMENT;
-    }
-    return static_cast<BlkEventTag*>(hEvent)->u4Tag == NY_EVENT_TAG ? NY_OK : NY_ERR_WRONG_HANDLE;
+    return NyIpcCheckHandle(hEvent, NY_EVENT_TAG);
 }
 
 int SemSetValue(int iSemId, unsigned short u2Index, int iValue) {
     UnSemArg unArg;
     unArg.iVal = iValue;
     return semctl(iSemId, u2Index, SETVAL, unArg);
+}
+
+// Sets the state semaphore to 1 (set) or 0 (reset); a set never accumulates.
+uint32_t SetState(NY_EVENT_HANDLE hEvent, int iState) {
+    uint32_t u4Result = CheckHandle(hEvent);
+    if (u4Result == NY_OK &&
+        SemSetValue(static_cast<BlkEventTag*>(hEvent)->i4SemId, NY_SEM_STATE, iState) != 0) {
+        u4Result = NY_ERR_SEMAPHORE_FAILED;
+    }
+    return u4Result;
 }
 
 int SemAdjustHolders(int iSemId, short i2Delta) {
@@ -244,21 +251,11 @@ uint32_t UnixEventOpen(const char* szName, NY_EVENT_HANDLE* phEvent) {
 }
 
 uint32_t UnixEventSet(NY_EVENT_HANDLE hEvent) {
-    uint32_t u4Result = CheckHandle(hEvent);
-    if (u4Result == NY_OK &&
-        SemSetValue(static_cast<BlkEventTag*>(hEvent)->i4SemId, NY_SEM_STATE, 1) != 0) {
-        u4Result = NY_ERR_SEMAPHORE_FAILED;
-    }
-    return u4Result;
+    return SetState(hEvent, 1);
 }
 
 uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent) {
-    uint32_t u4Result = CheckHandle(hEvent);
-    if (u4Result == NY_OK &&
-        SemSetValue(static_cast<BlkEventTag*>(hEvent)->i4SemId, NY_SEM_STATE, 0) != 0) {
-        u4Result = NY_ERR_SEMAPHORE_FAILED;
-    }
-    return u4Result;
+    return SetState(hEvent, 0);
 }
 
 uint32_t UnixEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs) {

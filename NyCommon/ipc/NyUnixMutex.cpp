@@ -28,11 +28,8 @@ bool IsNameless(const char* szName) {
 }
 
 uint32_t CheckHandle(NY_MUTEX_HANDLE hMutex, BlkMutexTag** ppMutex) {
-    if (hMutex == nullptr) {
-        return NY_ERR_INVALID_ARGUMENT;
-    }
     *ppMutex = static_cast<BlkMutexTag*>(hMutex);
-    return (*ppMutex)->u4Tag == NY_MUTEX_TAG ? NY_OK : NY_ERR_WRONG_HANDLE;
+    return NyIpcCheckHandle(hMutex, NY_MUTEX_TAG);
 }
 
 BlkMutexTag* NewRecord() {
@@ -112,11 +109,7 @@ uint32_t UnixMtxWait(NY_MUTEX_HANDLE hMutex, uint32_t u4TimeoutMs) {
     if (pMutex->u4Nameless != 0) {
         return NyRecMutexLock(pMutex->pMutex, u4TimeoutMs);
     }
-    u4Result = FileMutexWait(pMutex->pRef, &pMutex->stOwner, u4TimeoutMs);
-    if (u4Result != NY_OK) {
-        NY_LOG_RESULT(u4Result);
-    }
-    return u4Result;
+    return FileMutexWait(pMutex->pRef, &pMutex->stOwner, u4TimeoutMs);
 }
 
 uint32_t UnixMtxRelease(NY_MUTEX_HANDLE hMutex) {
@@ -128,11 +121,7 @@ uint32_t UnixMtxRelease(NY_MUTEX_HANDLE hMutex) {
     if (pMutex->u4Nameless != 0) {
         return NyRecMutexUnlock(pMutex->pMutex);
     }
-    u4Result = FileMutexRelease(pMutex->pRef, &pMutex->stOwner);
-    if (u4Result != NY_OK) {
-        NY_LOG_RESULT(u4Result);
-    }
-    return u4Result;
+    return FileMutexRelease(pMutex->pRef, &pMutex->stOwner);
 }
 
 uint32_t UnixMtxDestroy(NY_MUTEX_HANDLE hMutex) {

@@ -22,11 +22,8 @@ struct BlkShmTag {
 };
 
 uint32_t CheckHandle(NY_SHM_HANDLE hShm, BlkShmTag** ppShm) {
-    if (hShm == nullptr) {
-        return NY_ERR_INVALID_ARGUMENT;
-    }
     *ppShm = static_cast<BlkShmTag*>(hShm);
-    return (*ppShm)->u4Tag == NY_SHM_TAG ? NY_OK : NY_ERR_WRONG_HANDLE;
+    return NyIpcCheckHandle(hShm, NY_SHM_TAG);
 }
 
 uint32_t CheckAccess(NY_SHM_HANDLE hShm, uint32_t u4Offset, const void* pvBuffer, uint32_t u4Length,
@@ -55,19 +52,11 @@ uint32_t MapRegion(BlkShmTag* pShm) {
 }
 
 uint32_t LockRegion(BlkShmTag* pShm, uint32_t u4TimeoutMs) {
-    uint32_t u4Result = FileMutexWait(pShm->pRef, &pShm->stOwner, u4TimeoutMs);
-    if (u4Result != NY_OK) {
-        NY_LOG_RESULT(u4Result);
-    }
-    return u4Result;
+    return FileMutexWait(pShm->pRef, &pShm->stOwner, u4TimeoutMs);
 }
 
 uint32_t UnlockRegion(BlkShmTag* pShm) {
-    uint32_t u4Result = FileMutexRelease(pShm->pRef, &pShm->stOwner);
-    if (u4Result != NY_OK) {
-        NY_LOG_RESULT(u4Result);
-    }
-    return u4Result;
+    return FileMutexRelease(pShm->pRef, &pShm->stOwner);
 }
 
 }  // namespace

@@ -2,22 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
-}  // namespace
+#include <cctype>
 
 std::vector<uint8_t> NyTestFromHex(const std::string& strHex) {
     std::string strDigits;
@@ -27,18 +12,15 @@ std::vector<uint8_t> NyTestFromHex(const std::string& strHex) {
         }
     }
     std::vector<uint8_t> vOut;
-    if (strDigits.size() % 2 != 0) {
-        ADD_FAILURE() << "odd hex digit count: " << strHex;
-        return vOut;
-    }
-    for (size_t i = 0; i < strDigits.size(); i += 2) {
-        const int iHigh = HexDigit(strDigits[i]);
-        const int iLow = HexDigit(strDigits[i + 1]);
-        if (iHigh < 0 || iLow < 0) {
+    for (size_t i = 0; i + 1 < strDigits.size(); i += 2) {
+        if (!isxdigit(uint8_t(strDigits[i])) || !isxdigit(uint8_t(strDigits[i + 1]))) {
             ADD_FAILURE() << "not hex: " << strHex;
             return {};
         }
-        vOut.push_back(uint8_t(iHigh << 4 | iLow));
+        vOut.push_back(uint8_t(std::stoul(strDigits.substr(i, 2), nullptr, 16)));
+    }
+    if (strDigits.size() % 2 != 0) {
+        ADD_FAILURE() << "odd hex digit count: " << strHex;
     }
     return vOut;
 }

@@ -1,6 +1,7 @@
 #include "UkeyCfgArgs.h"
 
 #include <cstring>
+#include <utility>
 
 #include "config/NyCfgLang.h"
 
@@ -13,32 +14,28 @@ const char g_szUkeyCfgUsage[] =
 
 namespace {
 
-bool UkeyCfgParseLanguage(const char* szName, uint32_t* pu4Language) {
-    static const struct {
-        const char* szName;
-        uint32_t u4Code;
-    } aLanguages[] = {{"zh-CN", NY_LANG_ZH_CN}, {"en", NY_LANG_EN}, {"zh-TW", NY_LANG_ZH_TW}};
-    for (const auto& language : aLanguages) {
-        if (strcmp(szName, language.szName) == 0) {
-            *pu4Language = language.u4Code;
+// Looks szName up in a table of {name, value} pairs.
+template <typename T, size_t N>
+bool UkeyCfgLookup(const std::pair<const char*, T> (&aTable)[N], const char* szName, T* pValue) {
+    for (const auto& entry : aTable) {
+        if (strcmp(szName, entry.first) == 0) {
+            *pValue = entry.second;
             return true;
         }
     }
     return false;
 }
 
+bool UkeyCfgParseLanguage(const char* szName, uint32_t* pu4Language) {
+    static const std::pair<const char*, uint32_t> aLanguages[] = {
+        {"zh-CN", NY_LANG_ZH_CN}, {"en", NY_LANG_EN}, {"zh-TW", NY_LANG_ZH_TW}};
+    return UkeyCfgLookup(aLanguages, szName, pu4Language);
+}
+
 bool UkeyCfgParseCommand(const char* szName, EnUkeyCfgCommand* penCommand) {
-    static const struct {
-        const char* szName;
-        EnUkeyCfgCommand enCommand;
-    } aCommands[] = {{"get", UKEY_CFG_GET}, {"list", UKEY_CFG_LIST}, {"info", UKEY_CFG_INFO}};
-    for (const auto& command : aCommands) {
-        if (strcmp(szName, command.szName) == 0) {
-            *penCommand = command.enCommand;
-            return true;
-        }
-    }
-    return false;
+    static const std::pair<const char*, EnUkeyCfgCommand> aCommands[] = {
+        {"get", UKEY_CFG_GET}, {"list", UKEY_CFG_LIST}, {"info", UKEY_CFG_INFO}};
+    return UkeyCfgLookup(aCommands, szName, penCommand);
 }
 
 // Options after the command (and its id); each command accepts only its own.

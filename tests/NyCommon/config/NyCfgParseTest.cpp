@@ -30,20 +30,6 @@ TEST(NyCfgParse, EmptyImageGivesEmptyTreeAndEveryReadIsNotFound) {
     }
 }
 
-TEST(NyCfgParse, ValidImageKeepsEveryValue) {
-    CCfgTestHandle handle{ValidImage()};
-    ASSERT_EQ(handle.InitResult(), NY_OK);
-    unsigned char au1[8] = {};
-    unsigned int u4Length = sizeof(au1);
-    ASSERT_EQ(NyCfgGetValue(handle.Get(), 0x00000001, au1, &u4Length), NY_OK);
-    EXPECT_EQ(u4Length, 2u);
-    EXPECT_EQ(au1[0], 0xAA);
-    EXPECT_EQ(au1[1], 0xBB);
-    unsigned int u4Value = 0;
-    EXPECT_EQ(NyCfgGetU4(handle.Get(), 0x00020010, &u4Value), NY_OK);
-    EXPECT_EQ(u4Value, 6u);
-}
-
 struct MalformedCase {
     const char* szName;
     CCfgTestImage image;

@@ -127,6 +127,10 @@ TEST_F(NyCfgString, UnknownReferencesReserveTheWholeScratchBuffer) {
     EXPECT_EQ(Expanded("a$(0x00010008)b$(0x00010999)c"), "aOnline");
     // Room for the zero bytes: the text ends with the "$(0x" of the unknown reference.
     EXPECT_EQ(Expanded("$(0x00010008)m$(0x00010999)" + std::string(1100, 't')), "Onlinem$(0x");
+    // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
+    // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
+    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(490, 't')), "Onlinemm$(0x");
+    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(489, 't')), "Online");
     // A variant missing in the current language counts as unknown.
     EXPECT_EQ(Expand("x$(0x0001000B)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
     // Expansion failures are not logged as results; only the failed lookups are.

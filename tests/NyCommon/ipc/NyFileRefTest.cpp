@@ -27,15 +27,6 @@ protected:
     }
 };
 
-struct flock ByteLock(off_t u8Offset, short iType) {
-    struct flock stLock = {};
-    stLock.l_type = iType;
-    stLock.l_whence = SEEK_SET;
-    stLock.l_start = u8Offset;
-    stLock.l_len = 1;
-    return stLock;
-}
-
 TEST_F(NyFileRefTest, SecondOpenInAProcessReturnsTheSameReference) {
     std::string strPath = NewPath();
     uint32_t u4Created = 0;
@@ -114,7 +105,7 @@ TEST_F(NyFileRefTest, RecordLockTimeOutCountsAttemptsAgainstAnotherProcess) {
     CIpcSignal sigLocked;
     pid_t pid = Fork([&] {
         int iFd = open(strPath.c_str(), O_RDWR);
-        struct flock stLock = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+        struct flock stLock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
         IPC_CHILD_CHECK(iFd >= 0 && FileRecordLockGet(iFd, &stLock, NY_WAIT_INFINITE) == NY_OK, 1);
         sigLocked.Post();
         pause();
@@ -122,14 +113,14 @@ TEST_F(NyFileRefTest, RecordLockTimeOutCountsAttemptsAgainstAnotherProcess) {
     });
     ASSERT_TRUE(sigLocked.Await(5000));
 
-    struct flock stWrite = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
     unsigned long long u8Start = IpcNowMs();
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 30));
     EXPECT_GE(IpcNowMs() - u8Start, 30u);
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 0)) << "0 tries once";
-    struct flock stRead = ByteLock(NY_FILE_MUTEX_BYTE, F_RDLCK);
+    struct flock stRead = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_RDLCK);
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stRead, 5));
-    struct flock stOtherByte = ByteLock(NY_FILE_SYNC_BYTE, F_WRLCK);
+    struct flock stOtherByte = FileByteLockDesc(NY_FILE_SYNC_BYTE, F_WRLCK);
     EXPECT_EQ(NY_OK, FileRecordLockGet(pRef->iFd, &stOtherByte, 0));
     EXPECT_EQ(NY_OK, FileByteUnlock(pRef->iFd, NY_FILE_SYNC_BYTE));
 
@@ -143,10 +134,10 @@ TEST_F(NyFileRefTest, RecordLockRefusesOtherLockTypes) {
     std::string strPath = NewPath();
     BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
     ASSERT_NE(nullptr, pRef);
-    struct flock stUnlock = ByteLock(NY_FILE_MUTEX_BYTE, F_UNLCK);
+    struct flock stUnlock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_UNLCK);
     EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, &stUnlock, 0));
     EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, nullptr, 0));
-    struct flock stWrite = ByteLock(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
     EXPECT_EQ(NY_ERR_LOCK_FAILED, FileRecordLockGet(-1, &stWrite, 0));
     EXPECT_EQ(NY_OK, FileClose(pRef));
 }

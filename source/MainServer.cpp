@@ -1,0 +1,220 @@
+#include "MainServer.h"
+
+#include <errno.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <mutex>
+
+#include "SessionManager.h"
+#include "log/NyLog.h"
+#include "os/NyOs.h"
+#include "runtime/NyResult.h"
+#include "runtime/NySafe.h"
+#include "session/NyMainSessionRecord.h"
+#include "session/NySessionChannel.h"
+
+std::atomic<NY_COMM_HANDLE> m_hServerSession{nullptr};
+std::atomic<uint32_t> m_bStopServer{0};
+
+namespace {
+
+constexpr uint32_t MAIN_BUFFER_SIZE = 4096;
+constexpr uint32_t LISTEN_RETRY_MS = 1;
+
+// The request loop and the keep-alive thread both use the main channel; the keep-alive closes
+// and re-opens it. The lock keeps a listen or notify from running on a channel being closed;
+// the flag makes the loop step aside so that the keep-alive gets the lock promptly.
+std::mutex m_mtxServerSession;
+std::atomic<bool> m_bServerSessionWanted{false};
+
+uint32_t ListenMain(uint8_t* pu1Req, uint32_t* pu4Size) {
+    if (m_bServerSessionWanted.load()) {
+        NyOsSleep(1);
+    }
+    std::lock_guard<std::mutex> lock(m_mtxServerSession);
+    return NyCommListen(m_hServerSession.load(), pu1Req, pu4Size);
+}
+
+uint32_t NotifyMain(const uint8_t* pu1Resp, uint32_t u4Size) {
+    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, pu1Resp, u4Size};
+    std::lock_guard<std::mutex> lock(m_mtxServerSession);
+    return NyCommNotify(m_hServerSession.load(), &blkNotify);
+}
+
+// Runs fn with the main channel lock held, ahead of the request loop.
+template <typename Fn>
+uint32_t WithMainChannel(Fn fn) {
+    m_bServerSessionWanted.store(true);
+    std::lock_guard<std::mutex> lock(m_mtxServerSession);
+    uint32_t u4Result = fn();
+    m_bServerSessionWanted.store(false);
+    return u4Result;
+}
+
+uint32_t CreateMainSessionLocked(const char* szSessionName) {
+    NY_LOG(LOG_TRACE, "server SessionName: %s", szSessionName != nullptr ? szSessionName : "");
+    if (szSessionName == nullptr || szSessionName[0] == '\0') {
+        return NY_ERR_BAD_ARGUMENT;
+    }
+    BlkCommInitParamTag blkInit;
+    NySessionFillInitParam(szSessionName, &blkInit);
+    NY_COMM_HANDLE hSession = nullptr;
+    uint32_t u4Result = NyCommConnectAsServer(&blkInit, &hSession);
+    if (u4Result == NY_OK) {
+        m_hServerSession.store(hSession);
+    }
+    return u4Result;
+}
+
+void CloseMainSessionLocked() {
+    NY_COMM_HANDLE hSession = m_hServerSession.exchange(nullptr);
+    if (hSession != nullptr) {
+        NyCommDisconnect(hSession);
+    }
+}
+
+// Connects to the main session as a client would. Within this process the connection is the
+// server's own channel record, so it is released only when it is a different one.
+bool ProbeMainSession(const BlkCommInitParamTag& blkInit) {
+    return WithMainChannel([&blkInit]() -> uint32_t {
+               NY_COMM_HANDLE hProbe = nullptr;
+               uint32_t u4Result = NyCommConnect(&blkInit, KEEP_ALIVE_PROBE_MS, &hProbe);
+               if (u4Result == NY_OK && hProbe != m_hServerSession.load()) {
+                   NyCommDisconnect(hProbe);
+               }
+               return u4Result;
+           }) == NY_OK;
+}
+
+void RecreateMainSession(const char* szSessionName) {
+    StopAllSessions();
+    uint32_t u4Result = WithMainChannel([szSessionName]() {
+        CloseMainSessionLocked();
+        return CreateMainSessionLocked(szSessionName);
+    });
+    if (u4Result != NY_OK) {
+        NY_LOG(LOG_INFO, "ThreadKeepAlive: create main session failed, Quit!");
+        m_bStopServer.store(1);
+    }
+}
+
+// Failures at level 3, successes at level 1.
+LOG_TYPE LevelOf(uint32_t u4Result) {
+    return u4Result != NY_OK ? LOG_ERROR : LOG_TRACE;
+}
+
+}  // namespace
+
+void CopyMainSessionName(const char* szArg, char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
+    memset(szName, 0, sizeof(szName));
+    if (szArg != nullptr) {
+        strncpy(szName, szArg, sizeof(szName) - 1);
+    }
+}
+
+uint32_t CreateMainSession(const char* szSessionName) {
+    return WithMainChannel([szSessionName]() { return CreateMainSessionLocked(szSessionName); });
+}
+
+void CloseMainSession() {
+    WithMainChannel([]() -> uint32_t {
+        CloseMainSessionLocked();
+        return NY_OK;
+    });
+}
+
+uint32_t ProcessRequestSer(const uint8_t* pu1Req, uint32_t u4ReqSize, uint8_t* pu1Resp,
+                           uint32_t* pu4RespSize) {
+    if (pu1Req == nullptr || pu1Resp == nullptr || pu4RespSize == nullptr) {
+        return NY_ERR_INVALID_ARGUMENT;
+    }
+    if (*pu4RespSize < MAIN_SESSION_RECORD_SIZE) {
+        *pu4RespSize = MAIN_SESSION_RECORD_SIZE;
+        return NY_ERR_BUFFER_TOO_SMALL;
+    }
+    BlkMainSessionRequestTag blkReq = {};
+    memcpy(&blkReq, pu1Req, u4ReqSize < sizeof(blkReq) ? u4ReqSize : sizeof(blkReq));
+    BlkMainSessionResponseTag blkResp;
+    memcpy(&blkResp, pu1Resp, sizeof(blkResp));
+
+    uint32_t u4Result = NY_OK;
+    switch (blkReq.u4ReqType) {
+        case MAIN_REQ_START_SESSION:
+            NY_LOG(LOG_TRACE, "CUiServerExe: uClientPid = %d, uInteractionID = %08X",
+                   static_cast<int>(blkReq.uClientPid), blkReq.uInteractionID);
+            u4Result = StartSession(blkReq.uInteractionID, blkReq.uClientPid, blkResp.szSessionName,
+                                    sizeof(blkResp.szSessionName));
+            blkResp.u4Status = u4Result == NY_OK ? MAIN_STATUS_DONE : MAIN_STATUS_START_FAILED;
+            break;
+        case MAIN_REQ_FINISH_SESSION:
+            FinishSession(blkReq.uInteractionID);
+            blkResp.u4Status = MAIN_STATUS_DONE;
+            break;
+        default:
+            blkResp.u4Status = MAIN_STATUS_UNKNOWN_REQUEST;
+            break;
+    }
+    blkResp.u4ReqType = blkReq.u4ReqType;
+    blkResp.uInteractionID = blkReq.uInteractionID;
+    blkResp.uServerPid = NyOsGetCurrentPid();
+    memcpy(pu1Resp, &blkResp, sizeof(blkResp));
+    NyMemSafeClear(&blkReq, sizeof(blkReq));
+    *pu4RespSize = MAIN_SESSION_RECORD_SIZE;
+    return u4Result;
+}
+
+uint32_t ServerThreadEntry() {
+    uint8_t au1Req[MAIN_BUFFER_SIZE];
+    uint8_t au1Resp[MAIN_BUFFER_SIZE];
+    uint32_t u4Result = NY_OK;
+    while (m_bStopServer.load() == 0) {
+        // Fresh zeros for every request: a short request never reads an earlier one's bytes.
+        NyMemSafeClear(au1Req, sizeof(au1Req));
+        NyMemSafeClear(au1Resp, sizeof(au1Resp));
+        uint32_t u4ReqSize = sizeof(au1Req);
+        u4Result = ListenMain(au1Req, &u4ReqSize);
+        if (u4Result != NY_OK) {
+            // A plain time-out has already waited; any other failure (a channel being
+            // re-created, or lost until the keep-alive notices) would otherwise spin.
+            if (u4Result != EAGAIN) {
+                NyOsSleep(LISTEN_RETRY_MS);
+            }
+            continue;
+        }
+        NY_LOG(LOG_TRACE, "Receive request: u4ReqDataSize = %08x", u4ReqSize);
+        NyLogByteArrayEx(LOG_TRACE, __FILE__, __LINE__, au1Req, u4ReqSize);
+
+        uint32_t u4RespSize = sizeof(au1Resp);
+        uint32_t u4Process = ProcessRequestSer(au1Req, u4ReqSize, au1Resp, &u4RespSize);
+        NY_LOG(LevelOf(u4Process), "Process request : u4Result = %08x", u4Process);
+        NyLogByteArrayEx(LOG_TRACE, __FILE__, __LINE__, au1Resp, u4RespSize);
+
+        u4Result = NotifyMain(au1Resp, u4RespSize);
+        NY_LOG(LevelOf(u4Result), "NyCommNotify : u4Result = %08x", u4Result);
+        if (m_bStopServer.load() != 0) {
+            break;
+        }
+    }
+    NyMemSafeClear(au1Req, sizeof(au1Req));
+    NyMemSafeClear(au1Resp, sizeof(au1Resp));
+    return u4Result;
+}
+
+void* ThreadKeepAlive(void* pvSessionName) {
+    char szName[MAIN_SESSION_NAME_BUFFER];
+    CopyMainSessionName(static_cast<const char*>(pvSessionName), szName);
+    NY_LOG(LOG_INFO, "ThreadKeepAlive enter, main session name :%s", szName);
+    if (szName[0] == '\0') {
+        return reinterpret_cast<void*>(static_cast<uintptr_t>(NY_ERR_BAD_ARGUMENT));
+    }
+    BlkCommInitParamTag blkInit;
+    NySessionFillInitParam(szName, &blkInit);
+    for (;;) {
+        if (!ProbeMainSession(blkInit)) {
+            NY_LOG(LOG_INFO, "ThreadKeepAlive: connect session failed");
+            RecreateMainSession(szName);
+        }
+        sleep(KEEP_ALIVE_PERIOD_S);
+    }
+}

@@ -1,0 +1,75 @@
+// ukey-uiserver MAIN_SESSION_NAME: the UI server process.
+#include <X11/Xlib.h>
+#include <gtk/gtk.h>
+#include <signal.h>
+
+#include "GUIService.h"
+#include "MainServer.h"
+#include "SessionManager.h"
+#include "log/NyLog.h"
+#include "os/NyCommonLib.h"
+#include "os/NyThread.h"
+#include "runtime/NyResult.h"
+
+namespace {
+
+// How long the server waits, at the end, for its sessions to close their channels.
+constexpr uint32_t SESSION_END_WAIT_MS = 3000;
+
+void OnStopSignal(int /*iSignal*/) {
+    m_bStopServer.store(1);
+}
+
+// SIGTERM and SIGINT end the server in order: sessions stopped, channels closed.
+void InstallStopSignals() {
+    struct sigaction sa = {};
+    sa.sa_handler = OnStopSignal;
+    sigemptyset(&sa.sa_mask);
+    sigaction(SIGTERM, &sa, nullptr);
+    sigaction(SIGINT, &sa, nullptr);
+}
+
+// X, GLib and GDK are made thread-safe before anything else: dialogs are built and run on
+// session threads and dialog threads. Without a display the server still serves sessions,
+// but every dialog command answers as a dialog that could not be run.
+void InitGui(int* piArgc, char*** pppArgv) {
+    XInitThreads();
+    g_thread_init(nullptr);
+    gdk_threads_init();
+    if (!gtk_init_check(piArgc, pppArgv)) {
+        GUIService::SetDialogsAvailable(false);
+    }
+}
+
+uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
+    uint32_t u4Result = CreateMainSession(szName);
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+        return u4Result;
+    }
+    NY_THREAD_HANDLE hKeepAlive = nullptr;
+    u4Result = NyThreadBegin(ThreadKeepAlive, szName, &hKeepAlive);
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+        CloseMainSession();
+        return u4Result;
+    }
+    u4Result = ServerThreadEntry();
+    StopAllSessions();
+    WaitForSessionsToEnd(SESSION_END_WAIT_MS);
+    CloseMainSession();
+    return u4Result;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    NY_LOG(LOG_INFO, "start UI server!");
+    InitGui(&argc, &argv);
+    NyCommonLibInit();
+    InstallStopSignals();
+    static char szName[MAIN_SESSION_NAME_BUFFER];
+    CopyMainSessionName(argc > 1 ? argv[1] : nullptr, szName);
+    Serve(szName);
+    return static_cast<int>(NyCommonLibRelease());
+}

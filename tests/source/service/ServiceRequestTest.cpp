@@ -1,0 +1,162 @@
+// GUIService request handling and the main-session decoding, called in-process.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "GUIService.h"
+#include "MainServer.h"
+#include "session/NyMainSessionRecord.h"
+#include "support/NyTestLogCapture.h"
+#include "uiblock/NyUiParam.h"
+
+namespace {
+
+const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+class ServiceRequestTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { GUIService::SetDialogsAvailable(false); }
+
+    ServiceRequestTest() : m_service(BlkUiServiceParamTag{}) {}
+
+    uint32_t Process(const tagBlkUiParam& blkReq, uint32_t u4ReqSize, tagBlkUiParam* pAnswer) {
+        tagBlkUiParam blkCopy = blkReq;
+        memset(pAnswer, 0xEE, sizeof(*pAnswer));
+        uint32_t u4Size = NY_UI_PARAM_SIZE;
+        uint32_t u4Result = m_service.ProcessRequestSvc(NyUiParamBytes(&blkCopy, 0), u4ReqSize,
+                                                        NyUiParamBytes(pAnswer, 0), &u4Size);
+        EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
+        return u4Result;
+    }
+
+    GUIService m_service;
+};
+
+TEST_F(ServiceRequestTest, FailedDialogCommandsAreAnsweredInClearWithTheirResult) {
+    struct {
+        uint32_t u4CmdType;
+        uint32_t u4Mode;
+        uint32_t u4ExpectedRes;
+    } aCases[] = {
+        {UI_CMD_MESSAGE, 0, UI_RESULT_NOT_PROCESSED},
+        {UI_CMD_CHANGE_LABEL, UI_MODE_ASYNC, UI_RESULT_START_FAILED},
+        {UI_CMD_NO_DIALOG_2, 0, UI_RESULT_NOT_PROCESSED},
+        {UI_CMD_NO_DIALOG_1, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED},
+    };
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(c.u4CmdType);
+        tagBlkUiParam blkReq = {};
+        blkReq.enUiCmdType = c.u4CmdType;
+        blkReq.u4Mode = c.u4Mode;
+        NyUiParamSetU4(&blkReq, 400, 0xABCD1234);
+        memcpy(blkReq.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
+        ASSERT_EQ(NY_OK, UiParamEnc(&blkReq));
+
+        tagBlkUiParam blkAnswer;
+        EXPECT_NE(NY_OK, Process(blkReq, sizeof(blkReq), &blkAnswer));
+        EXPECT_EQ(c.u4ExpectedRes, blkAnswer.enRes);
+        EXPECT_EQ(UI_PARAM_CLEAR, blkAnswer.u4Protected);
+        EXPECT_EQ(0xABCD1234u, NyUiParamGetU4(&blkAnswer, 400));
+    }
+}
+
+TEST_F(ServiceRequestTest, DialogThatCannotRunLeavesItsTrailInTheLog) {
+    CNyTestLogCapture capture;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_CONFIRM;
+    NyUiParamSetU4(&blkReq, UI_OFS_CONFIRM_CTT, 15);
+    tagBlkUiParam blkAnswer;
+    uint32_t u4Result = Process(blkReq, sizeof(blkReq), &blkAnswer);
+    ASSERT_NE(NY_OK, u4Result);
+
+    std::vector<std::string> vExpected = {
+        "CUiService::RunUi() enter", "enUiCmdType:00010004,enCTT:0000000f",
+        "CUiService::RunUi() leave", "pblkResp->enRes = UI_RESULT_NOT_PROCESSED"};
+    EXPECT_EQ(vExpected, capture.MessagesAt(LOG_TRACE));
+    char szResult[32];
+    snprintf(szResult, sizeof(szResult), "u4Result = %08X", u4Result);
+    EXPECT_EQ(std::vector<std::string>{szResult}, capture.MessagesAt(LOG_INFO));
+}
+
+TEST_F(ServiceRequestTest, AnswerBufferShorterThanABlockIsRefused) {
+    tagBlkUiParam blkReq = {};
+    std::vector<uint8_t> vSmall(NY_UI_PARAM_SIZE - 1);
+    uint32_t u4Size = static_cast<uint32_t>(vSmall.size());
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL,
+              m_service.ProcessRequestSvc(NyUiParamBytes(&blkReq, 0), sizeof(blkReq), vSmall.data(),
+                                          &u4Size));
+    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
+}
+
+TEST_F(ServiceRequestTest, UpdateAndStatusWithoutDialogLeaveTheAnswerAlone) {
+    tagBlkUiParam blkReq = {};
+    blkReq.enRes = 9;
+    blkReq.enUiCmdType = UI_CMD_GET_STATUS;
+    tagBlkUiParam blkAnswer;
+    ASSERT_EQ(NY_OK, Process(blkReq, sizeof(blkReq), &blkAnswer));
+    EXPECT_EQ(0, memcmp(&blkReq, &blkAnswer, sizeof(blkReq)));
+
+    uint32_t u4Size = NY_UI_PARAM_SIZE;
+    EXPECT_EQ(NY_OK, m_service.GetStatus(NyUiParamBytes(&blkAnswer, 0), &u4Size));
+    EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
+}
+
+TEST_F(ServiceRequestTest, RunWithoutChannelEndsAtOnceWithBadArgument) {
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, m_service.run());
+}
+
+uint32_t ProcessMain(const void* pvReq, uint32_t u4ReqSize, BlkMainSessionResponseTag* pResp) {
+    std::vector<uint8_t> vResp(4096, 0);
+    uint32_t u4Size = static_cast<uint32_t>(vResp.size());
+    uint32_t u4Result =
+        ProcessRequestSer(static_cast<const uint8_t*>(pvReq), u4ReqSize, vResp.data(), &u4Size);
+    EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
+    memcpy(pResp, vResp.data(), sizeof(*pResp));
+    return u4Result;
+}
+
+TEST(MainRequestTest, TypesAreDecodedIntoTheirStatus) {
+    struct {
+        uint32_t u4Type;
+        uint32_t u4Status;
+    } aCases[] = {{0, MAIN_STATUS_UNKNOWN_REQUEST},
+                  {MAIN_REQ_FINISH_SESSION, MAIN_STATUS_DONE},
+                  {7, MAIN_STATUS_UNKNOWN_REQUEST}};
+    for (const auto& c : aCases) {
+        BlkMainSessionRequestTag blkReq = {};
+        blkReq.u4ReqType = c.u4Type;
+        blkReq.uInteractionID = 0x0BADF00D;
+        BlkMainSessionResponseTag blkResp;
+        EXPECT_EQ(NY_OK, ProcessMain(&blkReq, sizeof(blkReq), &blkResp));
+        EXPECT_EQ(c.u4Type, blkResp.u4ReqType);
+        EXPECT_EQ(c.u4Status, blkResp.u4Status);
+        EXPECT_EQ(0x0BADF00Du, blkResp.uInteractionID);
+        EXPECT_EQ(static_cast<uint32_t>(getpid()), blkResp.uServerPid);
+    }
+}
+
+TEST(MainRequestTest, AnswerBufferShorterThanTheRecordIsRefused) {
+    BlkMainSessionRequestTag blkReq = {};
+    uint8_t au1Resp[MAIN_SESSION_RECORD_SIZE - 1];
+    uint32_t u4Size = sizeof(au1Resp);
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq),
+                                                         sizeof(blkReq), au1Resp, &u4Size));
+    EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
+}
+
+TEST(MainRequestTest, SessionNameArgumentIsCutTo127Characters) {
+    std::string strLong(300, 'n');
+    char szName[MAIN_SESSION_NAME_BUFFER];
+    CopyMainSessionName(strLong.c_str(), szName);
+    EXPECT_EQ(std::string(127, 'n'), szName);
+    CopyMainSessionName(nullptr, szName);
+    EXPECT_STREQ("", szName);
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, CreateMainSession(szName));
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, CreateMainSession(nullptr));
+}
+
+}  // namespace

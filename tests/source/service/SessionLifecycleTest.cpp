@@ -1,0 +1,178 @@
+// Sessions against dying clients, a dying server and many clients at once.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+
+#include "CNyUiClient.h"
+#include "NyTestServer.h"
+#include "os/NyOs.h"
+#include "support/NyTestChannelObjects.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+constexpr int CLIENT_COUNT = 20;
+constexpr int EXCHANGES_PER_CLIENT = 25;
+
+// Child body: opens a session, hands its name to the parent through the pipe, then waits.
+int OpenSessionAndWait(const std::string& strMainName, int fdWrite) {
+    CNyUiClient client;
+    if (client.JoinServer(strMainName.c_str()) != NY_OK || client.OpenSession(77) != NY_OK) {
+        return 1;
+    }
+    char szName[MAIN_SESSION_NAME_SIZE] = {};
+    strncpy(szName, client.SessionName().c_str(), sizeof(szName) - 1);
+    if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
+        return 2;
+    }
+    pause();
+    return 0;
+}
+
+// Child body: its own session, blocks stamped with its own index, every answer checked.
+int ExchangeOwnBlocks(const std::string& strMainName, uint32_t u4Index) {
+    CNyUiClient client;
+    if (client.JoinServer(strMainName.c_str(), 2000) != NY_OK ||
+        client.OpenSession(u4Index) != NY_OK) {
+        return 1;
+    }
+    for (uint32_t u4Round = 0; u4Round < EXCHANGES_PER_CLIENT; ++u4Round) {
+        tagBlkUiParam blkReq = {};
+        blkReq.enUiCmdType = 0x30000 + u4Index;
+        for (uint32_t u4Off = NY_UI_PAYLOAD_OFFSET; u4Off + 4 <= NY_UI_PARAM_SIZE; u4Off += 4) {
+            NyUiParamSetU4(&blkReq, u4Off, u4Index << 24 | u4Round << 12 | u4Off);
+        }
+        tagBlkUiParam blkAnswer;
+        if (client.Exchange(&blkReq, &blkAnswer) != NY_OK) {
+            return 2;
+        }
+        if (memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
+                   NY_UI_PARAM_SIZE - 4) != 0) {
+            return 3;
+        }
+    }
+    return 0;
+}
+
+TEST(SessionLifecycleTest, SessionEndsAndItsChannelGoesWhenTheClientDies) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    int afd[2];
+    ASSERT_EQ(0, pipe(afd));
+    pid_t pidClient = NyTestForkChild(
+        [&server, &afd]() { return OpenSessionAndWait(server.MainName(), afd[1]); });
+    ASSERT_GT(pidClient, 0);
+    char szName[MAIN_SESSION_NAME_SIZE] = {};
+    ssize_t nRead = read(afd[0], szName, sizeof(szName));
+    close(afd[0]);
+    close(afd[1]);
+    ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), nRead);
+    std::string strSession = szName;
+    ASSERT_TRUE(NyTestChannelObjectsExist(strSession));
+
+    NyTestKillChild(pidClient);
+    EXPECT_TRUE(NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1500))
+        << "the session channel outlived its client";
+    EXPECT_TRUE(server.Stop());
+}
+
+TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    std::string strSession;
+    {
+        CNyUiClient client;
+        ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+        ASSERT_EQ(NY_OK, client.OpenSession(3));
+        strSession = client.SessionName();
+
+        // Frozen, the server cannot answer: the request waits until the server is gone.
+        ASSERT_EQ(0, kill(server.Pid(), SIGSTOP));
+        std::atomic<uint32_t> u4Result{NY_OK};
+        std::atomic<uint64_t> u8Returned{0};
+        std::thread waiter([&]() {
+            tagBlkUiParam blkReq = {};
+            tagBlkUiParam blkAnswer;
+            u4Result = client.Exchange(&blkReq, &blkAnswer);
+            u8Returned = NyOsGetTickCount64();
+        });
+        NyOsSleep(300);
+        EXPECT_EQ(0u, u8Returned.load()) << "answered by a stopped server";
+        uint64_t u8Killed = NyOsGetTickCount64();
+        server.Kill();
+        waiter.join();
+        EXPECT_EQ(NY_ERR_COMM_NOT_CONNECTED, u4Result.load());
+        EXPECT_LT(u8Returned.load() - u8Killed, 1500u);
+    }
+    // The killed server could not remove its channels; their last user, the client, did.
+    EXPECT_FALSE(NyTestChannelObjectsExist(strSession));
+    EXPECT_FALSE(NyTestChannelObjectsExist(server.MainName()));
+}
+
+TEST(SessionLifecycleTest, NewServerUnderTheSameNameServesNewSessions) {
+    std::string strMain;
+    {
+        CNyTestServer first;
+        ASSERT_TRUE(first.Started());
+        strMain = first.MainName();
+        first.Kill();
+    }
+    CNyTestServer second(strMain);
+    ASSERT_TRUE(second.Started());
+    CNyUiClient client;
+    ASSERT_EQ(NY_OK, client.JoinServer(strMain.c_str()));
+    BlkMainSessionResponseTag blkResp;
+    ASSERT_EQ(NY_OK, client.MainRequest(7, 1, getpid(), &blkResp));
+    EXPECT_EQ(static_cast<uint32_t>(second.Pid()), blkResp.uServerPid);
+    ASSERT_EQ(NY_OK, client.OpenSession(1));
+    tagBlkUiParam blkAnswer;
+    EXPECT_EQ(NY_OK, client.SendCommand(UI_CMD_TERMINATE, &blkAnswer));
+    EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
+}
+
+TEST(SessionLifecycleTest, TwentyClientsAtOnceEachGetTheirOwnAnswers) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    std::vector<pid_t> vClients;
+    for (uint32_t i = 0; i < CLIENT_COUNT; ++i) {
+        vClients.push_back(
+            NyTestForkChild([&server, i]() { return ExchangeOwnBlocks(server.MainName(), i); }));
+    }
+    for (size_t i = 0; i < vClients.size(); ++i) {
+        EXPECT_EQ(0, NyTestWaitChild(vClients[i], 60000)) << "client " << i;
+    }
+    EXPECT_TRUE(server.Stop());
+}
+
+TEST(SessionLifecycleTest, StoppedServerLeavesNoChannelBehind) {
+    std::string strMain;
+    std::string strReplaced;
+    std::string strSession;
+    {
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        strMain = server.MainName();
+        {
+            // Two sessions for one id: the table keeps the second, the first runs on.
+            CNyUiClient client;
+            ASSERT_EQ(NY_OK, client.JoinServer(strMain.c_str()));
+            ASSERT_EQ(NY_OK, client.OpenSession(8));
+            strReplaced = client.SessionName();
+            ASSERT_EQ(NY_OK, client.OpenSession(8));
+            strSession = client.SessionName();
+        }
+        // The client process lives on, so both sessions are still served.
+        EXPECT_TRUE(NyTestChannelObjectsExist(strReplaced));
+        EXPECT_TRUE(NyTestChannelObjectsExist(strSession));
+        EXPECT_TRUE(server.Stop());
+    }
+    for (const std::string& strName : {strMain, strReplaced, strSession}) {
+        EXPECT_FALSE(NyTestChannelObjectsExist(strName)) << strName;
+    }
+}
+
+}  // namespace

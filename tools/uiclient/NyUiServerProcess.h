@@ -1,0 +1,26 @@
+// Starting and stopping a UI server process (build/bin/ukey-uiserver or an installed one).
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <string>
+
+// Path of "ukey-uiserver" in the directory of the running executable; empty if that directory
+// cannot be read.
+std::string NyUiServerPathBesideSelf();
+
+// A fresh main session name (a GUID with a prefix) that no running server uses.
+std::string NyUiFreshMainName();
+
+// Starts szServerPath with szMainName as its one argument. Its output goes to /dev/null unless
+// bInheritOutput. Returns the pid, or -1 with *pu4Error set.
+pid_t NyUiServerSpawn(const char* szServerPath, const char* szMainName, bool bInheritOutput,
+                      uint32_t* pu4Error);
+
+// True while the child pid has not ended (reaps it when it has).
+bool NyUiServerChildRunning(pid_t pid);
+
+// Asks the server to end (SIGTERM) and reaps it; after u4TimeoutMs it is killed. True when it
+// ended by itself.
+bool NyUiServerStop(pid_t pid, uint32_t u4TimeoutMs);

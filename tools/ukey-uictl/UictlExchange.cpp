@@ -33,15 +33,16 @@ uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
     return NY_OK;
 }
 
-uint32_t Send(CNyUiClient* pClient, const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
-              tagBlkUiParam* pAnswer) {
+}  // namespace
+
+uint32_t UictlSend(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
+                   const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer) {
     return options.bProtect ? pClient->ExchangeProtected(pReq, options.au1Seed, pAnswer)
                             : pClient->Exchange(pReq, pAnswer);
 }
 
-// Polls a started asynchronous dialog to its end, then closes it.
-uint32_t FinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
-                     tagBlkUiParam* pAnswer, std::string* pstrError) {
+uint32_t UictlFinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
+                          tagBlkUiParam* pAnswer, std::string* pstrError) {
     const uint8_t* pu1Seed = options.bProtect ? options.au1Seed : nullptr;
     uint32_t u4Result =
         pClient->PollUntilDone(pAnswer, options.u4PollMs, options.u4TimeoutMs, pu1Seed);
@@ -52,8 +53,6 @@ uint32_t FinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
     }
     return NY_OK;
 }
-
-}  // namespace
 
 uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
                        tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice) {
@@ -66,14 +65,16 @@ uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* p
     if (u4Result != NY_OK) {
         return Fail(u4Result, "cannot open an interaction session", pstrError);
     }
-    u4Result = Send(&client, options, pReq, pAnswer);
+    u4Result = UictlSend(&client, options, pReq, pAnswer);
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the request was not answered", pstrError);
     }
     bool bStartedAsync =
         options.bAsync && pReq->u4Mode == UI_MODE_ASYNC && pAnswer->enRes == UI_RESULT_PENDING;
     if (bStartedAsync) {
-        u4Result = FinishAsync(&client, options, pAnswer, pstrError);
+        u4Result = UictlHasSchedule(options)
+                       ? UictlRunSchedule(&client, options, pReq, pAnswer, pstrError)
+                       : UictlFinishAsync(&client, options, pAnswer, pstrError);
     }
     client.CloseSession();
     return u4Result;

@@ -10,6 +10,7 @@
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
 #include "session/NySessionChannel.h"
+#include "support/NyTestChannelObjects.h"
 #include "support/NyTestNames.h"
 
 namespace {
@@ -145,6 +146,8 @@ TEST(MainSessionNameTest, NameLongerThan127CharactersIsCutBeforeUse) {
 
     CNyUiClient client;
     EXPECT_NE(NY_OK, client.JoinServer(strLong.c_str()));
+    EXPECT_TRUE(server.Stop());
+    EXPECT_FALSE(NyTestChannelObjectsExist(strCut));
 }
 
 }  // namespace

@@ -66,7 +66,7 @@ protected:
 
 }  // namespace
 
-TEST_F(GUIchangepinTest, AcceptedChangeAnswersOldAndNewPinWithTheirLengths) {
+TEST_F(GUIchangepinTest, OkWaitsForEveryEntryThenAnswersOldAndNewPinWithTheirLengths) {
     OpenChange();
     for (unsigned int u4Id : {NY_TXT_TIPS, NY_TXT_OLD, NY_TXT_NEW, NY_TXT_CONFIRM}) {
         EXPECT_TRUE(WaitLabel(NyGuiTestText(u4Id))) << std::hex << u4Id;
@@ -75,9 +75,16 @@ TEST_F(GUIchangepinTest, AcceptedChangeAnswersOldAndNewPinWithTheirLengths) {
     EXPECT_EQ("修改UKey用户密码", m_strTitle);
     EXPECT_FALSE(OkSensitive());
     Shot("changepin-empty");
-    TypeAll("abc123", "q1w2e3r4", "q1w2e3r4");
-    EXPECT_TRUE(WaitLabel(Counter(6)));
+    TypeAll("abc123", "q1w2e3r4", "q1w2e");
     EXPECT_TRUE(WaitLabel(Counter(8)));
+    EXPECT_TRUE(WaitLabel(Counter(5)));
+    EXPECT_TRUE(WaitLabel(Counter(6)));
+    EXPECT_FALSE(OkSensitive()) << "the confirmation is below the minimum";
+    NyTestKey("Return");
+    usleep(300 * 1000);
+    EXPECT_EQ(0u, m_pDialog->IsFinished());
+    NyTestType("3r4");
+    EXPECT_TRUE(WaitNoLabel(Counter(5)));
     EXPECT_TRUE(NyTestWaitUntil([this] { return OkSensitive(); }, NY_GUI_TEST_WAIT_MS));
     Shot("changepin-typed");
     NyTestKey("Return");
@@ -101,41 +108,38 @@ TEST_F(GUIchangepinTest, MismatchEmptiesBothNewEntriesKeepsTheOldAndFocusesTheNe
     ExpectAccepted(Finish(), "abc1234", "x9y8z7");
 }
 
-TEST_F(GUIchangepinTest, NewPinEqualToTheOldIsRefusedEvenWhenWeakPinsAreAllowed) {
-    ASSERT_NE(0u, Config()->GetU4(NY_CFG_PIN_ALLOW_WEAK, 0u));
-    OpenChange();
-    TypeAll("a1b2c3", "a1b2c3", "a1b2c3");
-    NyTestKey("Return");
-    ExpectRefusedWith(NY_MSG_SAME_AS_OLD);
-}
-
-// Which weak PINs pass depends on the two policy settings (missing ones read as 0 here).
+// Which weak PINs pass depends on the two policy settings (missing ones read as 0 here); a new
+// PIN equal to the old one never passes.
 TEST_F(GUIchangepinTest, PolicySettingsDecideWhichWeakPinsPass) {
     const struct {
         const char* szCase;
         std::vector<uint8_t> vImage;
+        const char* szOld;
         const char* szNew;
         unsigned int u4RefusedWith;  // 0: accepted
     } aCases[] = {
-        {"weak forbidden", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 0), "123456",
+        {"weak forbidden", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 0), "zz9x8y", "123456",
          NY_MSG_CONSECUTIVE},
-        {"weak allowed", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 1), "123456", 0},
-        {"weak setting missing", CNyTestConfig::Without(NY_CFG_PIN_ALLOW_WEAK), "a111111",
+        {"weak allowed", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 1), "zz9x8y", "123456", 0},
+        {"same as old", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 1), "a1b2c3", "a1b2c3",
+         NY_MSG_SAME_AS_OLD},
+        {"weak setting missing", CNyTestConfig::Without(NY_CFG_PIN_ALLOW_WEAK), "zz9x8y", "a111111",
          NY_MSG_SAME_ADJACENT},
-        {"weak allowed, repeat", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 1), "a111111", 0},
-        {"single class forbidden", CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0), "qwerty",
-         NY_MSG_SINGLE_CLASS},
+        {"weak allowed, repeat", CNyTestConfig::With(NY_CFG_PIN_ALLOW_WEAK, 1), "zz9x8y", "a111111",
+         0},
+        {"single class forbidden", CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0), "zz9x8y",
+         "qwerty", NY_MSG_SINGLE_CLASS},
     };
     for (const auto& c : aCases) {
         SCOPED_TRACE(c.szCase);
         UseConfig(c.vImage);
         OpenChange();
-        TypeAll("zz9x8y", c.szNew, c.szNew);
+        TypeAll(c.szOld, c.szNew, c.szNew);
         NyTestKey("Return");
         if (c.u4RefusedWith != 0) {
             ExpectRefusedWith(c.u4RefusedWith);
         } else {
-            ExpectAccepted(Finish(), "zz9x8y", c.szNew);
+            ExpectAccepted(Finish(), c.szOld, c.szNew);
         }
     }
 }
@@ -161,18 +165,4 @@ TEST_F(GUIchangepinTest, CompulsoryChangeHasNoCancelAndCannotBeClosed) {
     TypeAll("abc123", "x9y8z7", "x9y8z7");
     ClickButton(NY_TXT_OK);
     ExpectAccepted(Finish(), "abc123", "x9y8z7");
-}
-
-TEST_F(GUIchangepinTest, OkNeedsEveryEntryAtTheMinimumLength) {
-    OpenChange(4);
-    TypeAll("abcd", "wxyz", "wxy");
-    EXPECT_TRUE(WaitLabel(Counter(3)));
-    EXPECT_FALSE(OkSensitive());
-    NyTestKey("Return");
-    usleep(300 * 1000);
-    EXPECT_EQ(0u, m_pDialog->IsFinished());
-    NyTestType("z");
-    EXPECT_TRUE(NyTestWaitUntil([this] { return OkSensitive(); }, NY_GUI_TEST_WAIT_MS));
-    ClickButton(NY_TXT_OK);
-    ExpectAccepted(Finish(), "abcd", "wxyz");
 }

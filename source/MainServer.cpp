@@ -87,9 +87,15 @@ bool ProbeMainSession(const BlkCommInitParamTag& blkInit) {
            }) == NY_OK;
 }
 
+// Stops every session and opens the main channel anew. A server that is ending (the flag is
+// set before its channel is closed, under the same lock) is left to end: re-creating then
+// would leave a channel behind with nobody serving it.
 void RecreateMainSession(const char* szSessionName) {
     StopAllSessions();
     uint32_t u4Result = WithMainChannel([szSessionName]() {
+        if (m_bStopServer.load() != 0) {
+            return NY_OK;
+        }
         CloseMainSessionLocked();
         return CreateMainSessionLocked(szSessionName);
     });
@@ -211,7 +217,7 @@ void* ThreadKeepAlive(void* pvSessionName) {
     BlkCommInitParamTag blkInit;
     NySessionFillInitParam(szName, &blkInit);
     for (;;) {
-        if (!ProbeMainSession(blkInit)) {
+        if (m_bStopServer.load() == 0 && !ProbeMainSession(blkInit)) {
             NY_LOG(LOG_INFO, "ThreadKeepAlive: connect session failed");
             RecreateMainSession(szName);
         }

@@ -32,5 +32,6 @@ uint32_t ProcessRequestSer(const uint8_t* pu1Req, uint32_t u4ReqSize, uint8_t* p
 // Keep-alive thread body (argument: the main session name): probes the main session every
 // KEEP_ALIVE_PERIOD_S seconds and, when it is gone, stops every session and re-creates it.
 void* ThreadKeepAlive(void* pvSessionName);
-// Closes the main session channel if it is open.
+// Closes the main session channel if it is open. Once m_bStopServer is set, the keep-alive no
+// longer re-opens it.
 void CloseMainSession();

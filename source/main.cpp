@@ -55,6 +55,8 @@ uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
         return u4Result;
     }
     u4Result = ServerThreadEntry();
+    // The keep-alive thread is never waited for: it ends with the process.
+    NyThreadCloseHandle(hKeepAlive);
     StopAllSessions();
     WaitForSessionsToEnd(SESSION_END_WAIT_MS);
     CloseMainSession();

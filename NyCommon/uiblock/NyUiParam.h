@@ -50,6 +50,9 @@ constexpr uint32_t NY_UI_PROTECTED_SIZE = 3104;  // 388 triple-DES blocks
 // PIN fields: 33 bytes, NUL-terminated, at most 32 characters.
 constexpr uint32_t NY_UI_PIN_FIELD_SIZE = 33;
 constexpr uint32_t NY_UI_PIN_MAX_LEN = 32;
+// The label field of the change-label answer: 65 bytes, NUL-terminated, at most 64 bytes.
+constexpr uint32_t NY_UI_LABEL_FIELD_SIZE = 65;
+constexpr uint32_t NY_UI_LABEL_MAX_LEN = 64;
 
 // Payload offsets (from the start of the block). Verify (0x10001) and new PIN twice (0x10002).
 constexpr uint32_t UI_OFS_VERIFY_MIN_LEN = 312;
@@ -72,6 +75,15 @@ constexpr uint32_t UI_OFS_UNBLOCK_SO_PIN = 320;
 constexpr uint32_t UI_OFS_UNBLOCK_SO_PIN_LEN = 353;
 constexpr uint32_t UI_OFS_UNBLOCK_USER_PIN = 357;
 constexpr uint32_t UI_OFS_UNBLOCK_USER_PIN_LEN = 390;
+// Change label (0x10008): a PIN is asked when its minimum or maximum length is non-zero.
+constexpr uint32_t UI_OFS_LABEL_PIN_MIN_LEN = 312;
+constexpr uint32_t UI_OFS_LABEL_PIN_MAX_LEN = 316;
+constexpr uint32_t UI_OFS_LABEL_NAME_MIN_LEN = 320;
+constexpr uint32_t UI_OFS_LABEL_NAME_MAX_LEN = 324;
+constexpr uint32_t UI_OFS_LABEL_NAME = 328;
+constexpr uint32_t UI_OFS_LABEL_NAME_LEN = 393;
+constexpr uint32_t UI_OFS_LABEL_PIN = 397;
+constexpr uint32_t UI_OFS_LABEL_PIN_LEN = 430;
 // Confirm (0x10004): the confirmation sub-type enCTT is the first payload word.
 constexpr uint32_t UI_OFS_CONFIRM_CTT = 312;
 
@@ -107,6 +119,8 @@ static_assert(UI_OFS_CHANGE_NEW_PIN + NY_UI_PIN_FIELD_SIZE == UI_OFS_CHANGE_NEW_
 static_assert(UI_OFS_UNBLOCK_SO_PIN + NY_UI_PIN_FIELD_SIZE == UI_OFS_UNBLOCK_SO_PIN_LEN, "SO PIN");
 static_assert(UI_OFS_UNBLOCK_USER_PIN + NY_UI_PIN_FIELD_SIZE == UI_OFS_UNBLOCK_USER_PIN_LEN,
               "user PIN");
+static_assert(UI_OFS_LABEL_NAME + NY_UI_LABEL_FIELD_SIZE == UI_OFS_LABEL_NAME_LEN, "label");
+static_assert(UI_OFS_LABEL_PIN + NY_UI_PIN_FIELD_SIZE == UI_OFS_LABEL_PIN_LEN, "label PIN");
 
 // Byte access at an offset of the block (byte fields such as PINs have no alignment).
 inline uint8_t* NyUiParamBytes(tagBlkUiParam* pParam, uint32_t u4Offset) {

@@ -192,10 +192,11 @@ IMAGES = {
 }
 
 
-def main():
+def main(images=IMAGES):
+    """Writes each picture of images (name: (draw, write)) into the folder given, or res/."""
     szOut = sys.argv[1] if len(sys.argv) > 1 else os.path.join(
         os.path.dirname(os.path.abspath(__file__)), '..', '..', 'res')
-    for szName, (pfnDraw, pfnWrite) in sorted(IMAGES.items()):
+    for szName, (pfnDraw, pfnWrite) in sorted(images.items()):
         pfnWrite(os.path.join(szOut, szName), pfnDraw())
         print('wrote', os.path.normpath(os.path.join(szOut, szName)))
 

@@ -22,6 +22,10 @@ void SendOutputToNull() {
     }
 }
 
+int DecodeExit(int iStatus) {
+    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus);
+}
+
 }  // namespace
 
 std::string NyUiServerPathBesideSelf() {
@@ -68,22 +72,31 @@ bool NyUiServerChildRunning(pid_t pid) {
     return pid > 0 && waitpid(pid, &iStatus, WNOHANG) == 0;
 }
 
-bool NyUiServerStop(pid_t pid, uint32_t u4TimeoutMs) {
-    if (pid <= 0) {
-        return false;
-    }
-    kill(pid, SIGTERM);
-    uint64_t u8End = NyOsGetTickCount64() + u4TimeoutMs;
-    while (NyOsGetTickCount64() < u8End) {
-        int iStatus = 0;
-        pid_t r = waitpid(pid, &iStatus, WNOHANG);
-        if (r == pid || (r < 0 && errno == ECHILD && kill(pid, 0) != 0)) {
-            return true;
+bool NyUiServerStop(pid_t pid, uint32_t u4TimeoutMs, int* piExitCode) {
+    int iExitCode = -1;
+    bool bEnded = false;
+    if (pid > 0) {
+        kill(pid, SIGTERM);
+        uint64_t u8End = NyOsGetTickCount64() + u4TimeoutMs;
+        while (!bEnded && NyOsGetTickCount64() < u8End) {
+            int iStatus = 0;
+            pid_t r = waitpid(pid, &iStatus, WNOHANG);
+            if (r == pid) {
+                iExitCode = DecodeExit(iStatus);
+            }
+            bEnded = r == pid || (r < 0 && errno == ECHILD && kill(pid, 0) != 0);
+            if (!bEnded) {
+                NyOsSleep(STOP_POLL_MS);
+            }
         }
-        NyOsSleep(STOP_POLL_MS);
+        if (!bEnded) {
+            kill(pid, SIGKILL);
+            int iStatus = 0;
+            iExitCode = waitpid(pid, &iStatus, 0) == pid ? DecodeExit(iStatus) : -1;
+        }
     }
-    kill(pid, SIGKILL);
-    int iStatus = 0;
-    waitpid(pid, &iStatus, 0);
-    return false;
+    if (piExitCode != nullptr) {
+        *piExitCode = iExitCode;
+    }
+    return bEnded;
 }

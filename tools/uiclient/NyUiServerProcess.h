@@ -22,5 +22,6 @@ pid_t NyUiServerSpawn(const char* szServerPath, const char* szMainName, bool bIn
 bool NyUiServerChildRunning(pid_t pid);
 
 // Asks the server to end (SIGTERM) and reaps it; after u4TimeoutMs it is killed. True when it
-// ended by itself.
-bool NyUiServerStop(pid_t pid, uint32_t u4TimeoutMs);
+// ended by itself. *piExitCode (optional) gets its exit code, 128 + the signal number when a
+// signal ended it, or -1 when it was not our child.
+bool NyUiServerStop(pid_t pid, uint32_t u4TimeoutMs, int* piExitCode = nullptr);

@@ -46,18 +46,6 @@ size_t Utf8SequenceLength(const unsigned char* p, size_t cchLeft) {
     return cchSeq;
 }
 
-bool IsUtf8(const std::string& str) {
-    const unsigned char* p = reinterpret_cast<const unsigned char*>(str.data());
-    for (size_t i = 0; i < str.size();) {
-        size_t cch = Utf8SequenceLength(p + i, str.size() - i);
-        if (cch == 0) {
-            return false;
-        }
-        i += cch;
-    }
-    return true;
-}
-
 bool Gb18030ToUtf8(const std::string& str, std::string& strOut) {
     uint32_t u4Wide = 0;
     if (NyMultiByteToWideChar(str.c_str(), NY_CP_GB18030, nullptr, &u4Wide) != NY_OK) {
@@ -99,14 +87,12 @@ std::string ReplaceInvalid(const std::string& str) {
 
 std::string NyLogViewToUtf8(const char* pch, size_t cch) {
     std::string str(pch, strnlen(pch, cch));
-    if (IsUtf8(str)) {
-        return str;
-    }
+    std::string strValid = ReplaceInvalid(str);
     std::string strConverted;
-    if (Gb18030ToUtf8(str, strConverted)) {
+    if (strValid != str && Gb18030ToUtf8(str, strConverted)) {
         return strConverted;
     }
-    return ReplaceInvalid(str);
+    return strValid;
 }
 
 std::string NyLogViewJsonString(const std::string& strUtf8) {

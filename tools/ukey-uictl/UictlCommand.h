@@ -12,8 +12,11 @@
 
 #include "uiblock/NyUiParam.h"
 
+// How an option handler's error begins when the option is not one of its own.
+constexpr char NY_UICTL_UNKNOWN_OPTION[] = "unknown option ";
+
 // Applies one option of the subcommand ("--name VALUE") to the request block. False with a
-// sentence in *pstrError for an unknown option or a bad value.
+// sentence in *pstrError for an unknown option or a bad value. A flag comes with an empty value.
 typedef bool (*PFN_UICTL_OPTION)(const std::string& strName, const std::string& strValue,
                                  tagBlkUiParam* pReq, std::string* pstrError);
 
@@ -35,11 +38,43 @@ const BlkUictlCommandTag* UictlFindCommand(const std::string& strName);
 // Option handlers of the subcommands.
 bool UictlRawOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
                     std::string* pstrError);
-bool UictlVerifyOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
+
+bool UictlChangePinOption(const std::string& strName, const std::string& strValue,
+                          tagBlkUiParam* pReq, std::string* pstrError);
+bool UictlNewPinOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
                        std::string* pstrError);
+bool UictlUnblockOption(const std::string& strName, const std::string& strValue,
+                        tagBlkUiParam* pReq, std::string* pstrError);
+bool UictlLabelOption(const std::string& strName, const std::string& strValue, tagBlkUiParam* pReq,
+                      std::string* pstrError);
+bool UictlConfirmOption(const std::string& strName, const std::string& strValue,
+                        tagBlkUiParam* pReq, std::string* pstrError);
 bool UictlMessageOption(const std::string& strName, const std::string& strValue,
                         tagBlkUiParam* pReq, std::string* pstrError);
+bool UictlFingerprintOption(const std::string& strName, const std::string& strValue,
+                            tagBlkUiParam* pReq, std::string* pstrError);
+
+// Defaults of a subcommand, written into the request block before its options.
+typedef void (*PFN_UICTL_PRESET)(tagBlkUiParam* pReq);
+void UictlConfirmPreset(tagBlkUiParam* pReq);
+void UictlFingerprintPreset(tagBlkUiParam* pReq);
+// Applies the defaults of pCommand, if it has any (a subcommand that has adds a line to the
+// preset table in UictlCommands.cpp).
+void UictlPresetRequest(const BlkUictlCommandTag* pCommand, tagBlkUiParam* pReq);
+
+// A numeric option that sets one u32 field of the request block.
+struct BlkUictlFieldOptionTag {
+    const char* szName;  // "--min"
+    uint32_t u4Offset;
+};
+// Applies strName when it is one of the cFields options of aFields. False with a sentence in
+// *pstrError for another option or a value that is not a number.
+bool UictlApplyFieldOption(const BlkUictlFieldOptionTag* aFields, size_t cFields,
+                           const std::string& strName, const std::string& strValue,
+                           tagBlkUiParam* pReq, std::string* pstrError);
 
 // Helpers for option handlers: numbers in decimal or 0x-hex, and OFFSET=VALUE pairs.
 bool UictlParseU32(const std::string& strText, uint32_t* pu4Value);
 bool UictlParseOffsetValue(const std::string& strText, uint32_t* pu4Offset, uint32_t* pu4Value);
+// A 32-bit number in hexadecimal, with or without "0x" ("EE", "0xE06163CF").
+bool UictlParseHex32(const std::string& strText, uint32_t* pu4Value);

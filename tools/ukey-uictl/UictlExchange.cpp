@@ -33,37 +33,26 @@ uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
     return NY_OK;
 }
 
-uint32_t Send(CNyUiClient* pClient, const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
-              tagBlkUiParam* pAnswer) {
+}  // namespace
+
+uint32_t UictlSend(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
+                   const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer) {
     return options.bProtect ? pClient->ExchangeProtected(pReq, options.au1Seed, pAnswer)
                             : pClient->Exchange(pReq, pAnswer);
 }
 
-// Polls a started asynchronous dialog to its end, then closes it. With --terminate-after a
-// dialog still open then is terminated, and the answer is the terminate's.
-uint32_t FinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
-                     tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice) {
+uint32_t UictlFinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
+                          tagBlkUiParam* pAnswer, std::string* pstrError) {
     const uint8_t* pu1Seed = options.bProtect ? options.au1Seed : nullptr;
-    uint32_t u4Limit =
-        options.u4TerminateAfterMs != 0 ? options.u4TerminateAfterMs : options.u4TimeoutMs;
-    uint32_t u4Result = pClient->PollUntilDone(pAnswer, options.u4PollMs, u4Limit, pu1Seed);
-    bool bTerminate = options.u4TerminateAfterMs != 0 && u4Result == NY_ERR_CLIENT_POLL_TIMEOUT;
+    uint32_t u4Result =
+        pClient->PollUntilDone(pAnswer, options.u4PollMs, options.u4TimeoutMs, pu1Seed);
     tagBlkUiParam blkClosed;
-    uint32_t u4Closed =
-        pClient->SendCommand(UI_CMD_TERMINATE, bTerminate ? pAnswer : &blkClosed, pu1Seed);
-    if (bTerminate) {
-        *pstrNotice =
-            "terminated the dialog after " + std::to_string(options.u4TerminateAfterMs) + " ms";
-        return u4Closed == NY_OK ? NY_OK
-                                 : Fail(u4Closed, "the dialog could not be terminated", pstrError);
-    }
+    pClient->SendCommand(UI_CMD_TERMINATE, &blkClosed, pu1Seed);
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the dialog did not finish", pstrError);
     }
     return NY_OK;
 }
-
-}  // namespace
 
 uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
                        tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice) {
@@ -76,14 +65,16 @@ uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* p
     if (u4Result != NY_OK) {
         return Fail(u4Result, "cannot open an interaction session", pstrError);
     }
-    u4Result = Send(&client, options, pReq, pAnswer);
+    u4Result = UictlSend(&client, options, pReq, pAnswer);
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the request was not answered", pstrError);
     }
     bool bStartedAsync =
         options.bAsync && pReq->u4Mode == UI_MODE_ASYNC && pAnswer->enRes == UI_RESULT_PENDING;
     if (bStartedAsync) {
-        u4Result = FinishAsync(&client, options, pAnswer, pstrError, pstrNotice);
+        u4Result = UictlHasSchedule(options)
+                       ? UictlRunSchedule(&client, options, pReq, pAnswer, pstrError)
+                       : UictlFinishAsync(&client, options, pAnswer, pstrError);
     }
     client.CloseSession();
     return u4Result;

@@ -2,32 +2,29 @@
 
 namespace {
 
-// Payload of the message command: the message id (as a rule a result code) and its parameter.
+// Payload of the message command: the message id (as a rule a result code, given in
+// hexadecimal) and its parameter.
 constexpr uint32_t UICTL_MESSAGE_ID_OFFSET = 312;
 constexpr uint32_t UICTL_MESSAGE_PARAM_OFFSET = 316;
 
-// Message ids are result codes, written in hexadecimal with or without "0x".
-bool ParseHex(const std::string& strText, uint32_t* pu4Value) {
-    bool bPrefixed = strText.size() > 2 &&
-                     (strText.compare(0, 2, "0x") == 0 || strText.compare(0, 2, "0X") == 0);
-    return UictlParseU32(bPrefixed ? strText : "0x" + strText, pu4Value);
-}
+const BlkUictlFieldOptionTag s_aMessageFields[] = {
+    {"--param", UICTL_MESSAGE_PARAM_OFFSET},
+};
 
 }  // namespace
 
 bool UictlMessageOption(const std::string& strName, const std::string& strValue,
                         tagBlkUiParam* pReq, std::string* pstrError) {
-    uint32_t u4Value = 0;
-    if (strName == "--id" && ParseHex(strValue, &u4Value)) {
-        NyUiParamSetU4(pReq, UICTL_MESSAGE_ID_OFFSET, u4Value);
-    } else if (strName == "--param" && UictlParseU32(strValue, &u4Value)) {
-        NyUiParamSetU4(pReq, UICTL_MESSAGE_PARAM_OFFSET, u4Value);
-    } else if (strName == "--id" || strName == "--param") {
+    if (strName != "--id") {
+        return UictlApplyFieldOption(s_aMessageFields,
+                                     sizeof(s_aMessageFields) / sizeof(s_aMessageFields[0]),
+                                     strName, strValue, pReq, pstrError);
+    }
+    uint32_t u4MsgId = 0;
+    if (!UictlParseHex32(strValue, &u4MsgId)) {
         *pstrError = "bad value \"" + strValue + "\" for " + strName;
         return false;
-    } else {
-        *pstrError = "unknown option " + strName;
-        return false;
     }
+    NyUiParamSetU4(pReq, UICTL_MESSAGE_ID_OFFSET, u4MsgId);
     return true;
 }

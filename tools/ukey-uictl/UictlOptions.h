@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "CNyUiClient.h"
 #include "UictlCommand.h"
+#include "UictlSchedule.h"
 
 struct BlkUictlOptionsTag {
     std::string strMain;    // --main NAME: join that server; empty: start one
@@ -16,10 +18,11 @@ struct BlkUictlOptionsTag {
     bool bKeep = false;     // --keep: leave a started server running
     bool bProtect = false;  // --protect SEEDHEX given
     uint8_t au1Seed[NY_UI_KEY_SEED_SIZE] = {};
-    uint32_t u4InteractionId = 1;     // --interaction N
-    uint32_t u4TerminateAfterMs = 0;  // --terminate-after MS: end a still pending dialog (0: never)
+    uint32_t u4InteractionId = 1;                   // --id N
     uint32_t u4TimeoutMs = NY_CLIENT_WAIT_FOREVER;  // --timeout MS: limit of the asynchronous polls
     uint32_t u4PollMs = 100;                        // --poll MS: interval of the asynchronous polls
+    std::vector<BlkUictlUpdateTag> vUpdates;        // --update-after MS:DETAIL (repeatable)
+    uint32_t u4StopAfterMs = UICTL_NO_STOP;         // --stop-after MS
 };
 
 // Parses argv[iFirst..] for pCommand: common options into *pOptions, the subcommand's own into

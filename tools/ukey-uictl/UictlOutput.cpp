@@ -17,12 +17,7 @@ struct BlkUictlFieldTag {
     uint32_t u4TextSize;
 };
 
-// Change-label and message answers (the other offsets are the block's own constants).
-constexpr uint32_t LABEL_NAME_OFFSET = 328;
-constexpr uint32_t LABEL_NAME_SIZE = 65;
-constexpr uint32_t LABEL_NAME_LEN_OFFSET = 393;
-constexpr uint32_t LABEL_PIN_OFFSET = 397;
-constexpr uint32_t LABEL_PIN_LEN_OFFSET = 430;
+// Message answers (the other offsets are the block's own constants).
 constexpr uint32_t MESSAGE_CHOICE_OFFSET = 1348;
 
 const BlkUictlFieldTag s_aFields[] = {
@@ -39,10 +34,10 @@ const BlkUictlFieldTag s_aFields[] = {
     {UI_CMD_UNBLOCK, UI_CMD_UNBLOCK, "soPinLength", UI_OFS_UNBLOCK_SO_PIN_LEN, 0},
     {UI_CMD_UNBLOCK, UI_CMD_UNBLOCK, "userPin", UI_OFS_UNBLOCK_USER_PIN, NY_UI_PIN_FIELD_SIZE},
     {UI_CMD_UNBLOCK, UI_CMD_UNBLOCK, "userPinLength", UI_OFS_UNBLOCK_USER_PIN_LEN, 0},
-    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "name", LABEL_NAME_OFFSET, LABEL_NAME_SIZE},
-    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "nameLength", LABEL_NAME_LEN_OFFSET, 0},
-    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "pin", LABEL_PIN_OFFSET, NY_UI_PIN_FIELD_SIZE},
-    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "pinLength", LABEL_PIN_LEN_OFFSET, 0},
+    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "name", UI_OFS_LABEL_NAME, NY_UI_LABEL_FIELD_SIZE},
+    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "nameLength", UI_OFS_LABEL_NAME_LEN, 0},
+    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "pin", UI_OFS_LABEL_PIN, NY_UI_PIN_FIELD_SIZE},
+    {UI_CMD_CHANGE_LABEL, UI_CMD_CHANGE_LABEL, "pinLength", UI_OFS_LABEL_PIN_LEN, 0},
 };
 
 // A field's value, already rendered: quoted for JSON strings, plain for numbers.

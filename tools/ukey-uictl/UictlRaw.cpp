@@ -18,7 +18,7 @@ bool UictlRawOption(const std::string& strName, const std::string& strValue, tag
         *pstrError = "bad value \"" + strValue + "\" for " + strName;
         return false;
     } else {
-        *pstrError = "unknown option " + strName;
+        *pstrError = NY_UICTL_UNKNOWN_OPTION + strName;
         return false;
     }
     return true;

@@ -3,9 +3,11 @@
 #include <sys/mman.h>
 
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "log/CLockfreeArrayQueue.h"
+#include "support/CNyTestChild.h"
 #include "support/NyTestProcess.h"
 
 namespace {
@@ -279,7 +281,7 @@ TEST(CLockfreeArrayQueue, ProducerKilledBetweenClaimAndCommitDelaysOthersOnlyBri
     ASSERT_TRUE(ring.Attached());
     PushSequence(ring.Queue(), 0, 1);
     BlkLockfreeQueueTag* pHeader = ring.Header();
-    pid_t pid = NyTestForkChild([pHeader] {
+    CNyTestChild claimer(NyTestForkChild([pHeader] {
         // Claim slot 1 the way a producer does, then never commit it.
         uint32_t u4Expected = 1;
         if (!__atomic_compare_exchange_n(&pHeader->u4Reserve, &u4Expected, 2, false,
@@ -289,22 +291,18 @@ TEST(CLockfreeArrayQueue, ProducerKilledBetweenClaimAndCommitDelaysOthersOnlyBri
         for (;;) {
             pause();
         }
-    });
-    ASSERT_GT(pid, 0);
+    }));
+    ASSERT_TRUE(claimer.Started());
     ASSERT_TRUE(NyTestWaitUntil([pHeader] { return pHeader->u4Reserve == 2; }, 5000));
-    NyTestKillChild(pid);
+    claimer.Kill();
 
     // The next push, in a process of its own so that a hang shows as a time-out.
     CLockfreeArrayQueue* pQueue = &ring.Queue();
-    pid_t pidPusher = NyTestForkChild([pQueue] {
+    CNyTestChild pusher(NyTestForkChild([pQueue] {
         tagBlkLogItem item = MakeItem(0, 2);
         return pQueue->Push(item) == NY_LFQ_OK ? 0 : 1;
-    });
-    int iExit = NyTestWaitChild(pidPusher, 5000);
-    if (iExit == -1) {
-        NyTestKillChild(pidPusher);
-    }
-    EXPECT_EQ(iExit, 0);
+    }));
+    EXPECT_EQ(pusher.Wait(5000), 0);
     EXPECT_EQ(pHeader->u4Reserve, 3u);
     EXPECT_EQ(pHeader->u4Commit, 3u);
     std::vector<uint32_t> vLines = PopLines(ring.Queue(), 10);
@@ -320,9 +318,9 @@ TEST(CLockfreeArrayQueue, ProducerProcessesLoseNothingAndKeepTheirOrder) {
     ASSERT_TRUE(ring.Attached());
     CLockfreeArrayQueue* pQueue = &ring.Queue();
 
-    std::vector<pid_t> vPids;
+    std::vector<std::unique_ptr<CNyTestChild>> vProducers;
     for (uint32_t p = 0; p < u4Producers; ++p) {
-        vPids.push_back(NyTestForkChild([pQueue, p] {
+        vProducers.emplace_back(new CNyTestChild(NyTestForkChild([pQueue, p] {
             for (uint32_t s = 0; s < u4PerProducer; ++s) {
                 tagBlkLogItem item = MakeItem(p, s);
                 int32_t i4Result;
@@ -334,8 +332,8 @@ TEST(CLockfreeArrayQueue, ProducerProcessesLoseNothingAndKeepTheirOrder) {
                 }
             }
             return 0;
-        }));
-        ASSERT_GT(vPids.back(), 0);
+        })));
+        ASSERT_TRUE(vProducers.back()->Started());
     }
 
     // Each record must be the next one of its producer, byte for byte.
@@ -368,8 +366,8 @@ TEST(CLockfreeArrayQueue, ProducerProcessesLoseNothingAndKeepTheirOrder) {
         },
         120000);
 
-    for (pid_t pid : vPids) {
-        EXPECT_EQ(NyTestWaitChild(pid, 10000), 0);
+    for (auto& pProducer : vProducers) {
+        EXPECT_EQ(pProducer->Wait(10000), 0);
     }
     EXPECT_EQ(u4Faults, 0u);
     EXPECT_EQ(u4Total, u4Producers * u4PerProducer);

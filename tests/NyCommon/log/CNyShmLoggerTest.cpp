@@ -13,6 +13,7 @@
 #include "log/CNyShmLogger.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
+#include "support/CNyTestChild.h"
 #include "support/NyTestLogQueue.h"
 #include "support/NyTestProcess.h"
 
@@ -25,6 +26,16 @@ tagBlkLogItem MakeItem(uint32_t u4Sequence) {
     item.u4Line = u4Sequence;
     snprintf(item.szMessage, sizeof(item.szMessage), "record %u", u4Sequence);
     return item;
+}
+
+// Logs records 0 .. u4Count - 1.
+::testing::AssertionResult LogRecords(CNyShmLogger& logger, uint32_t u4Count) {
+    for (uint32_t i = 0; i < u4Count; ++i) {
+        if (!logger.SetLogItem(MakeItem(i))) {
+            return ::testing::AssertionFailure() << "record " << i << " not queued";
+        }
+    }
+    return ::testing::AssertionSuccess();
 }
 
 std::unique_ptr<CNyShmLogger> MakeLogger(const CNyTestLogQueue& queue) {
@@ -148,9 +159,7 @@ TEST(CNyShmLogger, ConsumerOperationsBeatTheHeartbeatAndDiscard) {
     CNyTestLogQueue queue(16);
     auto pLogger = MakeLogger(queue);
     ASSERT_TRUE(pLogger->Connect(true));
-    for (uint32_t i = 0; i < 10; ++i) {
-        ASSERT_TRUE(pLogger->SetLogItem(MakeItem(i)));
-    }
+    ASSERT_TRUE(LogRecords(*pLogger, 10));
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);
 
@@ -170,9 +179,7 @@ TEST(CNyShmLogger, FullRingWithoutListenerDropsTheOldest4096AtOnce) {
     CNyTestLogQueue queue(8192);
     auto pLogger = MakeLogger(queue);
     ASSERT_TRUE(pLogger->Connect(false));
-    for (uint32_t i = 0; i < 8191; ++i) {
-        ASSERT_TRUE(pLogger->SetLogItem(MakeItem(i)));
-    }
+    ASSERT_TRUE(LogRecords(*pLogger, 8191));
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);
     ASSERT_EQ(pView->Count(), 8191u);
@@ -190,9 +197,7 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
     auto pStalledViewer = MakeLogger(queue);
     ASSERT_TRUE(pProducer->Connect(false));
     ASSERT_TRUE(pStalledViewer->Connect(true));
-    for (uint32_t i = 0; i < 7; ++i) {
-        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
-    }
+    ASSERT_TRUE(LogRecords(*pProducer, 7));
 
     uint64_t u8Start = MonotonicMs();
     ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
@@ -206,9 +211,7 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
     EXPECT_EQ(DrainLines(*pView), std::vector<uint32_t>{7});
 
     // With the listener forgotten, the next full ring is emptied without waiting.
-    for (uint32_t i = 0; i < 7; ++i) {
-        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
-    }
+    ASSERT_TRUE(LogRecords(*pProducer, 7));
     u8Start = MonotonicMs();
     ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
     EXPECT_LT(MonotonicMs() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
@@ -221,7 +224,7 @@ TEST(CNyShmLogger, ListenerProcessThatKeepsDrainingLosesNothing) {
     ASSERT_TRUE(pProducer->Connect(false));
 
     // The viewer process: listens, pops in a tight loop, checks the order.
-    pid_t pid = NyTestForkChild([&queue] {
+    CNyTestChild viewer(NyTestForkChild([&queue] {
         auto pViewer = MakeLogger(queue);
         if (!pViewer->Connect(true)) {
             return 2;
@@ -237,8 +240,8 @@ TEST(CNyShmLogger, ListenerProcessThatKeepsDrainingLosesNothing) {
             }
         }
         return 0;
-    });
-    ASSERT_GT(pid, 0);
+    }));
+    ASSERT_TRUE(viewer.Started());
     CLockfreeArrayQueue* pView = nullptr;
     ASSERT_TRUE(NyTestWaitUntil(
         [&] {
@@ -246,19 +249,13 @@ TEST(CNyShmLogger, ListenerProcessThatKeepsDrainingLosesNothing) {
         },
         5000));
 
-    for (uint32_t i = 0; i < u4Records; ++i) {
-        ASSERT_TRUE(pProducer->SetLogItem(MakeItem(i)));
-    }
-    int iExit = NyTestWaitChild(pid, 30000);
-    if (iExit == -1) {
-        NyTestKillChild(pid);
-    }
-    EXPECT_EQ(iExit, 0);
+    ASSERT_TRUE(LogRecords(*pProducer, u4Records));
+    EXPECT_EQ(viewer.Wait(30000), 0);
 }
 
 TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {
     CNyTestLogQueue queue(16);
-    pid_t pid = NyTestForkChild([&queue] {
+    CNyTestChild logger(NyTestForkChild([&queue] {
         queue.MakeDefault();
         if (NyCommonLibInit() != 0) {
             return 1;
@@ -271,8 +268,9 @@ TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {
         NY_LOG(LOG_TRACE, "on again");
         NyCommonLibRelease();
         return 0;
-    });
-    ASSERT_EQ(NyTestWaitChild(pid, 10000), 0);
+    }));
+    pid_t pid = logger.Pid();
+    ASSERT_EQ(logger.Wait(10000), 0);
 
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);

@@ -41,6 +41,7 @@ TEST(KeepAliveTest, LostMainChannelStopsTheSessionsAndComesBack) {
         RECOVERY_MS))
         << "the open session was not stopped";
     EXPECT_TRUE(FreshClientIsServed(server.MainName())) << "the main channel did not come back";
+    EXPECT_TRUE(server.Stop());
 }
 
 }  // namespace

@@ -7,40 +7,17 @@
 
 #include "CConfig.h"
 #include "CPinValidater.h"
-#include "NyConfigImage.h"
-#include "config/NyCfgLang.h"
 #include "runtime/NyResult.h"
-#include "support/NyTestCfgImage.h"
+#include "support/NyTestConfig.h"
 
 namespace {
 
-// An accessor over an image (the product's, or a variant of it) in the product language.
-class CNyTestConfig {
-public:
-    explicit CNyTestConfig(std::vector<uint8_t> vImage)
-        : m_vImage(std::move(vImage)), m_cfg(m_vImage.data(), unsigned(m_vImage.size())) {
-        m_cfg.SetLanguage(NY_LANG_ZH_CN);
-    }
-    CNyTestConfig() : CNyTestConfig(std::vector<uint8_t>(NyConfigImage(), End())) {}
-    static CNyTestConfig With(uint32_t u4Id, uint32_t u4Value) {
-        return CNyTestConfig(
-            NyTestCfgImageWithNumber(NyConfigImage(), NyConfigImageLength(), u4Id, u4Value));
-    }
-    static CNyTestConfig Without(uint32_t u4Id) {
-        return CNyTestConfig(NyTestCfgImageWithout(NyConfigImage(), NyConfigImageLength(), u4Id));
-    }
-    CConfig* Get() { return &m_cfg; }
-    std::string Text(unsigned int u4Id) {
-        char sz[1024] = {};
-        EXPECT_EQ(m_cfg.GetString(u4Id, sz, sizeof(sz)), NY_OK) << std::hex << u4Id;
-        return sz;
-    }
-
-private:
-    static const uint8_t* End() { return NyConfigImage() + NyConfigImageLength(); }
-    std::vector<uint8_t> m_vImage;
-    CConfig m_cfg;
-};
+// The message of a verdict as the configuration gives it.
+std::string Text(CConfig* pCfg, unsigned int u4Id) {
+    char sz[1024] = {};
+    EXPECT_EQ(pCfg->GetString(u4Id, sz, sizeof(sz)), NY_OK) << std::hex << u4Id;
+    return sz;
+}
 
 struct BlkValidateCaseTag {
     const char* szOld;
@@ -99,7 +76,7 @@ TEST(CPinValidater, VerdictsWhenSingleClassPinsAreAllowed) {
 }
 
 TEST(CPinValidater, SingleClassRuleComesFirstWhenForbidden) {
-    CNyTestConfig cfg = CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0);
+    CNyTestConfig cfg(CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0));
     CPinValidater validater(cfg.Get());
     ExpectVerdicts(&validater, {
                                    {"x", "abcdef", "abcdef", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
@@ -116,7 +93,7 @@ TEST(CPinValidater, SingleClassRuleComesFirstWhenForbidden) {
 }
 
 TEST(CPinValidater, MissingSingleClassSettingAllowsSingleClassPins) {
-    CNyTestConfig cfg = CNyTestConfig::Without(NY_CFG_PIN_ALLOW_SINGLE_CLASS);
+    CNyTestConfig cfg(CNyTestConfig::Without(NY_CFG_PIN_ALLOW_SINGLE_CLASS));
     CPinValidater validater(cfg.Get());
     EXPECT_EQ(validater.Validate("qwerty"), VALIDATE_RESULT_OK);
     // The message mapping reads the same setting with default 0: it has a text for 12.
@@ -268,7 +245,7 @@ TEST(CPinValidater, StrengthFromRunsAndCharacterClasses) {
 
 TEST(CPinValidater, EveryVerdictMapsToItsMessage) {
     CNyTestConfig cfg;
-    CNyTestConfig forbidding = CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0);
+    CNyTestConfig forbidding(CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0));
     const struct {
         int iResult;
         unsigned int u4Id;  // 0: no message
@@ -288,7 +265,7 @@ TEST(CPinValidater, EveryVerdictMapsToItsMessage) {
         memset(sz, 'x', sizeof(sz));
         EXPECT_EQ(CPinValidater::ResultToMsgString(c.iResult, sz, sizeof(sz), c.pCfg->Get()),
                   NY_OK);
-        EXPECT_EQ(sz, c.u4Id == 0 ? std::string() : c.pCfg->Text(c.u4Id)) << c.iResult;
+        EXPECT_EQ(sz, c.u4Id == 0 ? std::string() : Text(c.pCfg->Get(), c.u4Id)) << c.iResult;
     }
     char sz[64];
     ASSERT_EQ(CPinValidater::ResultToMsgString(11, sz, sizeof(sz), cfg.Get()), NY_OK);

@@ -10,6 +10,7 @@
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
 #include "session/NySessionChannel.h"
+#include "support/NyTestChannelObjects.h"
 #include "support/NyTestNames.h"
 
 namespace {
@@ -32,6 +33,9 @@ bool IsGuidText(const char* sz) {
 
 class MainSessionTest : public ::testing::Test {
 protected:
+    // Every test ends with the server leaving in order: exit code 0, nothing reported.
+    void TearDown() override { EXPECT_TRUE(m_server.Stop()); }
+
     void SetUp() override {
         ASSERT_TRUE(m_server.Started());
         ASSERT_EQ(NY_OK, m_client.JoinServer(m_server.MainName().c_str()));
@@ -142,6 +146,8 @@ TEST(MainSessionNameTest, NameLongerThan127CharactersIsCutBeforeUse) {
 
     CNyUiClient client;
     EXPECT_NE(NY_OK, client.JoinServer(strLong.c_str()));
+    EXPECT_TRUE(server.Stop());
+    EXPECT_FALSE(NyTestChannelObjectsExist(strCut));
 }
 
 }  // namespace

@@ -27,6 +27,9 @@ tagBlkUiParam PatternBlock(uint32_t u4CmdType, uint32_t u4Mode, uint8_t u1Salt) 
 
 class SessionServiceTest : public ::testing::Test {
 protected:
+    // Every test ends with the server leaving in order: exit code 0, nothing reported.
+    void TearDown() override { EXPECT_TRUE(m_server.Stop()); }
+
     void SetUp() override {
         ASSERT_TRUE(m_server.Started());
         ASSERT_EQ(NY_OK, m_client.JoinServer(m_server.MainName().c_str()));

@@ -58,9 +58,10 @@ bool CNyTestServer::Stop(unsigned int u4TimeoutMs) {
     if (m_pid <= 0) {
         return false;
     }
-    bool bEnded = NyUiServerStop(m_pid, u4TimeoutMs);
+    int iExitCode = -1;
+    bool bEnded = NyUiServerStop(m_pid, u4TimeoutMs, &iExitCode);
     m_pid = -1;
-    return bEnded;
+    return bEnded && iExitCode == 0;
 }
 
 void CNyTestServer::Kill() {

@@ -24,7 +24,8 @@ public:
     pid_t Pid() const { return m_pid; }
     const std::string& MainName() const { return m_strMainName; }
 
-    // SIGTERM, then reap; true when it ended by itself within the time-out.
+    // SIGTERM, then reap; true when it ended by itself within the time-out with exit code 0
+    // (a sanitizer report at exit makes it non-zero).
     bool Stop(unsigned int u4TimeoutMs = 5000);
     // kill -9 and reap; its channels are left behind.
     void Kill();

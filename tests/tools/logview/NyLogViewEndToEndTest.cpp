@@ -10,6 +10,7 @@
 
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
+#include "support/CNyTestChild.h"
 #include "support/NyTestLogQueue.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
@@ -59,23 +60,19 @@ std::vector<std::string> ViewerArgs(const CNyTestLogQueue& queue,
 // Runs the viewer to its end; its exit code.
 int RunViewer(const CNyTestLogQueue& queue, const std::vector<std::string>& vOptions,
               const CViewerOutput& output) {
-    pid_t pid = NyTestSpawn(ViewerArgs(queue, vOptions), output.Path());
-    int iExit = NyTestWaitChild(pid, 20000);
-    if (iExit == -1) {
-        NyTestKillChild(pid);
-    }
-    return iExit;
+    return CNyTestChild(NyTestSpawn(ViewerArgs(queue, vOptions), output.Path())).Wait(20000);
 }
 
 }  // namespace
 
 TEST(NyLogViewEndToEnd, JsonBacklogCarriesTheRecordsOfALoggingProcess) {
     CNyTestLogQueue queue(16);
-    pid_t pidLogger = StartLoggingProcess(queue, [] {
+    CNyTestChild logger(StartLoggingProcess(queue, [] {
         NyLogEx(LOG_INFO, "source/GUIverify.cpp", 321, "hello \"%s\"\n", "viewer");
         NyLogEx(LOG_ERROR, "source/MainServer.cpp", 9, "u4Result = %08X", 0xE0600007u);
-    });
-    ASSERT_EQ(NyTestWaitChild(pidLogger, 10000), 0);
+    }));
+    pid_t pidLogger = logger.Pid();
+    ASSERT_EQ(logger.Wait(10000), 0);
 
     CViewerOutput output;
     ASSERT_EQ(RunViewer(queue, {"--json"}, output), 0);
@@ -104,10 +101,10 @@ TEST(NyLogViewEndToEnd, TextBacklogHonoursLevelAndProcessFilters) {
         NyLogEx(LOG_TRACE, "source/GUIBase.cpp", 1, "enter");
         NyLogEx(LOG_ERROR, "source/GUIBase.cpp", 2, "failed");
     };
-    pid_t pidShown = StartLoggingProcess(queue, log);
-    ASSERT_EQ(NyTestWaitChild(pidShown, 10000), 0);
-    pid_t pidHidden = StartLoggingProcess(queue, log);
-    ASSERT_EQ(NyTestWaitChild(pidHidden, 10000), 0);
+    CNyTestChild shown(StartLoggingProcess(queue, log));
+    pid_t pidShown = shown.Pid();
+    ASSERT_EQ(shown.Wait(10000), 0);
+    ASSERT_EQ(CNyTestChild(StartLoggingProcess(queue, log)).Wait(10000), 0);
 
     CViewerOutput output;
     ASSERT_EQ(RunViewer(queue, {"--level", "error", "--pid", std::to_string(pidShown)}, output), 0);
@@ -134,8 +131,8 @@ TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrl
     constexpr int iRecords = 300;
     CNyTestLogQueue queue(16);
     CViewerOutput output;
-    pid_t pidViewer = NyTestSpawn(ViewerArgs(queue, {"-f", "-j"}), output.Path());
-    ASSERT_GT(pidViewer, 0);
+    CNyTestChild viewer(NyTestSpawn(ViewerArgs(queue, {"-f", "-j"}), output.Path()));
+    ASSERT_TRUE(viewer.Started());
     ASSERT_TRUE(NyTestWaitUntil(
         [&queue] {
             return queue.View() != nullptr && queue.View()->GetConsumerListeningCount() == 1;
@@ -143,19 +140,15 @@ TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrl
         10000));
 
     // Far more records than the ring holds: producers wait for the draining viewer.
-    pid_t pidLogger = StartLoggingProcess(queue, [] {
+    CNyTestChild logger(StartLoggingProcess(queue, [] {
         for (int i = 0; i < iRecords; ++i) {
             NyLogEx(LOG_TRACE, "source/GUIService.cpp", 5, "record %d", i);
         }
-    });
-    EXPECT_EQ(NyTestWaitChild(pidLogger, 20000), 0);
+    }));
+    EXPECT_EQ(logger.Wait(20000), 0);
     bool bAll = NyTestWaitUntil([&output] { return output.Lines().size() >= iRecords; }, 20000);
-    kill(pidViewer, SIGINT);
-    int iExit = NyTestWaitChild(pidViewer, 5000);
-    if (iExit == -1) {
-        NyTestKillChild(pidViewer);
-    }
-    EXPECT_EQ(iExit, 0);
+    kill(viewer.Pid(), SIGINT);
+    EXPECT_EQ(viewer.Wait(5000), 0);
     EXPECT_EQ(queue.View()->GetConsumerListeningCount(), 0u);
 
     ASSERT_TRUE(bAll);
@@ -169,8 +162,9 @@ TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrl
 
 TEST(NyLogViewEndToEnd, HelpExplainsEveryOptionAndBadOptionsFail) {
     CViewerOutput help;
-    pid_t pid = NyTestSpawn({NyTestBinPath("ukey-logview"), "--help"}, help.Path());
-    ASSERT_EQ(NyTestWaitChild(pid, 10000), 0);
+    ASSERT_EQ(CNyTestChild(NyTestSpawn({NyTestBinPath("ukey-logview"), "--help"}, help.Path()))
+                  .Wait(10000),
+              0);
     std::stringstream ss;
     for (const std::string& str : help.Lines()) {
         ss << str << "\n";
@@ -181,8 +175,10 @@ TEST(NyLogViewEndToEnd, HelpExplainsEveryOptionAndBadOptionsFail) {
     }
 
     CViewerOutput bad;
-    pid = NyTestSpawn({NyTestBinPath("ukey-logview"), "--level", "loud"}, bad.Path());
-    EXPECT_EQ(NyTestWaitChild(pid, 10000), 2);
+    EXPECT_EQ(
+        CNyTestChild(NyTestSpawn({NyTestBinPath("ukey-logview"), "--level", "loud"}, bad.Path()))
+            .Wait(10000),
+        2);
     ASSERT_FALSE(bad.Lines().empty());
     EXPECT_NE(bad.Lines()[0].find("--level"), std::string::npos);
 }

@@ -74,6 +74,7 @@ TEST(UictlCommandTest, JoinedServerCarriesOutCommandsPlainAndProtected) {
         EXPECT_EQ(0, run.iExit) << run.strOutput;
         EXPECT_TRUE(Contains(run.strOutput, c.strExpected)) << run.strOutput;
     }
+    EXPECT_TRUE(server.Stop());
 }
 
 TEST(UictlCommandTest, MistakesAreExplainedWithANonZeroExit) {

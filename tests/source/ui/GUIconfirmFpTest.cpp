@@ -1,0 +1,231 @@
+// The fingerprint dialog on screen: its texts and pictures through a whole enrolment, the cancel
+// image under the pointer, and stop() and update() arriving from another thread.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <string>
+
+#include "NyGuiConfirmFixture.h"
+#include "NyGuiTestEnv.h"
+#include "NyGuiTestWidgets.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestProcess.h"
+#include "support/NyTestX11.h"
+#include "ui/GUIconfirmFp.h"
+#include "uiblock/NyUiConfirmParam.h"
+
+namespace {
+
+const std::string NY_MARKUP_TITLE_ENROL = "<span color='white'>注册指纹</span>";
+const std::string NY_MARKUP_TITLE_VERIFY = "<span color='white'>验证指纹</span>";
+const std::string NY_MARKUP_INITIAL =
+    "<span color='DarkGoldenrod1'>请将指纹按压到指纹区域...</span>";
+const std::string NY_MARKUP_CHANGE_FINGER =
+    "<span color='DarkGoldenrod1'>请更换手指再次录入指纹！</span>";
+const std::string NY_MARKUP_INVALID =
+    "<span color='DarkGoldenrod1'>指纹数据无效，请重新录入！</span>";
+const std::string NY_MARKUP_LIFT = "<span color='DarkGoldenrod1'>请抬起手指！</span>";
+const std::string NY_MARKUP_PLACE =
+    "<span color='DarkGoldenrod1'>请将手指放在指纹识别区，进行录入指纹！</span>";
+const std::string NY_MARKUP_FAILED = "<span color='DarkGoldenrod1'>验证指纹失败！</span>";
+
+void CountLabelSet(GObject* /*pLabel*/, GParamSpec* /*pSpec*/, gpointer pvCount) {
+    ++*static_cast<std::atomic<int>*>(pvCount);
+}
+
+class GUIconfirmFpTest : public CConfirmDialogTest<GUIconfirmFp> {
+protected:
+    void Open(uint32_t u4Kind) {
+        m_strTitle = u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹";
+        OpenDialog(NyConfirmTestRequest(u4Kind, 30), "^" + m_strTitle + "$");
+    }
+    unsigned int Update(uint32_t u4Kind, uint32_t u4Stage) {
+        return CConfirmDialogTest::Update(NyConfirmTestUpdate(u4Kind, u4Stage));
+    }
+    static bool WaitTips(const std::string& strMarkup) {
+        return NyTestWaitUntil([&] { return NyGuiTestLabelMarkup("stc_tips") == strMarkup; },
+                               NY_GUI_TEST_WAIT_MS);
+    }
+    // Pixel of a screenshot of the window, as (r << 16 | g << 8 | b).
+    uint32_t ShotPixel(const std::string& strName, int iX, int iY) {
+        NyGuiTestShot(m_strWindow, strName);
+        std::string strPath = std::string(NY_TEST_BUILD_DIR) + "/test-shots/" + strName + ".png";
+        GdkPixbuf* pShot = gdk_pixbuf_new_from_file(strPath.c_str(), nullptr);
+        if (pShot == nullptr) {
+            ADD_FAILURE() << "no screenshot " << strPath;
+            return 0;
+        }
+        const guchar* pu1 = gdk_pixbuf_get_pixels(pShot) + iY * gdk_pixbuf_get_rowstride(pShot) +
+                            iX * gdk_pixbuf_get_n_channels(pShot);
+        uint32_t u4Rgb = uint32_t(pu1[0]) << 16 | uint32_t(pu1[1]) << 8 | pu1[2];
+        g_object_unref(pShot);
+        return u4Rgb;
+    }
+
+    std::string m_strTitle;
+};
+
+}  // namespace
+
+TEST_F(GUIconfirmFpTest, StageCodesSelectTheirTips) {
+    const struct {
+        uint32_t u4Stage;
+        const std::string* pstrMarkup;  // null: the tips stay as they are
+    } aCases[] = {
+        {0xEA, &NY_MARKUP_CHANGE_FINGER},
+        {0xEB, &NY_MARKUP_INVALID},
+        {0xEE, &NY_MARKUP_LIFT},
+        {0xEF, &NY_MARKUP_PLACE},
+        {0x123456EE, &NY_MARKUP_LIFT},
+        {UI_FP_VERIFY_FAILED, &NY_MARKUP_FAILED},
+        {0xE06163CE, nullptr},
+        {0xCF, nullptr},
+        {0, nullptr},
+        {0xEC, nullptr},
+    };
+    for (const auto& test : aCases) {
+        const char* szMarkup = GUIconfirmFp::StageMarkup(test.u4Stage);
+        if (test.pstrMarkup == nullptr) {
+            EXPECT_EQ(nullptr, szMarkup) << std::hex << test.u4Stage;
+        } else {
+            EXPECT_EQ(*test.pstrMarkup, szMarkup != nullptr ? szMarkup : "")
+                << std::hex << test.u4Stage;
+        }
+    }
+}
+
+TEST_F(GUIconfirmFpTest, EnrolmentWalksThroughItsStagesOnDarkBlue) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    EXPECT_EQ(NY_MARKUP_TITLE_ENROL, NyGuiTestLabelMarkup("stc_title"));
+    EXPECT_EQ(NY_MARKUP_INITIAL, NyGuiTestLabelMarkup("stc_tips"));
+    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
+    EXPECT_TRUE(NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true));
+    NyTestMovePointer(0, 0);
+    EXPECT_EQ(0x284B8Cu, ShotPixel("fingerprint-enrol-start", 2, 2));
+    const struct {
+        uint32_t u4Stage;
+        const std::string* pstrMarkup;
+        const char* szShot;
+    } aStages[] = {
+        {0xEF, &NY_MARKUP_PLACE, "fingerprint-enrol-place"},
+        {0xEE, &NY_MARKUP_LIFT, "fingerprint-enrol-lift"},
+        {0xEB, &NY_MARKUP_INVALID, "fingerprint-enrol-invalid"},
+    };
+    for (const auto& stage : aStages) {
+        EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, stage.u4Stage));
+        EXPECT_TRUE(WaitTips(*stage.pstrMarkup)) << stage.szShot;
+        EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
+        NyGuiTestShot(m_strWindow, stage.szShot);
+    }
+    EXPECT_EQ(0u, m_pDialog->stop());
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+}
+
+TEST_F(GUIconfirmFpTest, ChangeFingerStageShowsItsTextAndTheSecondPicture) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0x000000EA));
+    EXPECT_TRUE(WaitTips(NY_MARKUP_CHANGE_FINGER));
+    EXPECT_EQ("请更换手指再次录入指纹！", NyGuiTestLabelText("stc_tips"));
+    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFpAgin.png"));
+    EXPECT_FALSE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
+    NyGuiTestShot(m_strWindow, "fingerprint-enrol-change-finger");
+    m_pDialog->stop();
+    Finish();
+}
+
+TEST_F(GUIconfirmFpTest, SameStageTwiceRefreshesTheTipsOnce) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
+    // Stage 0 is where the dialog starts: nothing to refresh.
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0));
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
+    EXPECT_TRUE(WaitTips(NY_MARKUP_LIFT));
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
+    usleep(400 * 1000);  // four timer periods
+    EXPECT_EQ(1, m_nSignals.load());
+    m_pDialog->stop();
+    Finish();
+}
+
+TEST_F(GUIconfirmFpTest, UpdateOfAnotherKindChangesNothingVisible) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    EXPECT_EQ(0u, Update(1, 0xEA));
+    usleep(400 * 1000);
+    EXPECT_EQ(NY_MARKUP_INITIAL, NyGuiTestLabelMarkup("stc_tips"));
+    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
+    m_pDialog->stop();
+    tagBlkUiParam blk = Finish();
+    // The block was replaced all the same; the answer is still the dialog's.
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    EXPECT_EQ(1u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(0xEAu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+}
+
+TEST_F(GUIconfirmFpTest, VerificationFailureThenStopClosesWithinAboutOneTimerPeriod) {
+    Open(UI_CTT_FINGERPRINT_VERIFY);
+    EXPECT_EQ(NY_MARKUP_TITLE_VERIFY, NyGuiTestLabelMarkup("stc_title"));
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED));
+    EXPECT_TRUE(WaitTips(NY_MARKUP_FAILED));
+    NyGuiTestShot(m_strWindow, "fingerprint-verify-failed");
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(0u, m_pDialog->stop());
+    ASSERT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));
+    auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - start);
+    // One 100 ms period, with room for a loaded machine.
+    EXPECT_LE(elapsed.count(), 600);
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+}
+
+TEST_F(GUIconfirmFpTest, StopAndUpdateNeverWaitForTheGuiLock) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    gdk_threads_enter();  // as if GTK were busy on the dialog's thread
+    auto done = std::async(std::launch::async, [this] {
+        return Update(UI_CTT_FINGERPRINT_ENROL, 0xEE) == 0 && m_pDialog->stop() == 0;
+    });
+    bool bReturned = done.wait_for(std::chrono::seconds(2)) == std::future_status::ready;
+    gdk_threads_leave();
+    EXPECT_TRUE(bReturned) << "update() or stop() waited for the GDK lock";
+    EXPECT_TRUE(done.get());
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+}
+
+TEST_F(GUIconfirmFpTest, CancelImageFollowsThePointerAndAClickCancels) {
+    Open(UI_CTT_FINGERPRINT_ENROL);
+    int iX = 0;
+    int iY = 0;
+    ASSERT_TRUE(NyGuiTestWidgetCentre("eventbox_cancle", &iX, &iY));
+    NyTestMovePointer(iX, iY);
+    EXPECT_TRUE(NyTestWaitUntil(
+        [] {
+            return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle_hover.png", true);
+        },
+        NY_GUI_TEST_WAIT_MS));
+    NyGuiTestShot(m_strWindow, "fingerprint-cancel-hover");
+    NyTestMovePointer(iX - 150, iY + 150);
+    EXPECT_TRUE(NyTestWaitUntil(
+        [] { return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true); },
+        NY_GUI_TEST_WAIT_MS));
+    NyTestClickAt(iX, iY);
+    tagBlkUiParam blk = Finish();
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+}
+
+TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
+    m_req = NyConfirmTestRequest(UI_CTT_FINGERPRINT_ENROL, 30);
+    GUIconfirmFp dlg(&m_req, m_pConfig.get());
+    EXPECT_EQ(0u, dlg.stop());
+    EXPECT_EQ(0u, dlg.run());  // returns at once instead of waiting for the token
+    EXPECT_EQ(1u, dlg.IsFinished());
+    EXPECT_EQ(UI_RESULT_CANCEL, NyGuiTestResponse(&dlg).enRes);
+    EXPECT_TRUE(NyTestFindWindows("^注册指纹$").empty());
+    // Once stopped, updates are ignored; an update without data is refused.
+    tagBlkUiParam upd = NyConfirmTestUpdate(UI_CTT_FINGERPRINT_ENROL, 0xEE);
+    EXPECT_EQ(0u, dlg.update(reinterpret_cast<const unsigned char*>(&upd), sizeof(upd)));
+    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
+    EXPECT_EQ(0u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(upd)));
+}

@@ -1,0 +1,320 @@
+// The on-device confirmation dialog on screen: its message per kind, the device picture, the
+// countdown, updates from the client, and how it may (or may not) be closed.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "NyGuiConfirmFixture.h"
+#include "NyGuiTestEnv.h"
+#include "NyGuiTestWidgets.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestLogCapture.h"
+#include "support/NyTestProcess.h"
+#include "support/NyTestX11.h"
+#include "ui/GUIFactory.h"
+#include "ui/GUIconfirm.h"
+#include "ui/GUIconfirmFp.h"
+#include "ui/GUIconfirmText.h"
+#include "uiblock/NyUiConfirmParam.h"
+
+namespace {
+
+constexpr unsigned int NY_TXT_TITLE = 0x21006C;
+constexpr unsigned int NY_TXT_REMAIN = 0x210077;
+constexpr unsigned int NY_TXT_LIFT_FINGER = 0x210125;
+constexpr unsigned int NY_TXT_INVALID_DATA = 0x210124;
+constexpr unsigned int NY_TXT_FP_VERIFY_FAILED = 0x10056;
+
+std::string Formatted(unsigned int u4TextId, uint32_t u4Value) {
+    char szText[NY_GUI_LONG_TEXT_SIZE];
+    snprintf(szText, sizeof(szText), NyGuiTestText(u4TextId).c_str(), u4Value);
+    return szText;
+}
+
+std::string Remain(uint32_t u4Seconds) {
+    return Formatted(NY_TXT_REMAIN, u4Seconds);
+}
+
+class GUIconfirmTest : public CConfirmDialogTest<GUIconfirm> {
+protected:
+    void Open(const tagBlkUiParam& req) { OpenDialog(req, TitleRegex()); }
+    static std::string TitleRegex() { return "^" + NyGuiTestText(NY_TXT_TITLE) + "$"; }
+    static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
+    static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
+    // Waits until the countdown shows u4Seconds; the time that took, or -1 ms when it did not.
+    static std::chrono::milliseconds WaitCountdown(uint32_t u4Seconds, unsigned int u4TimeoutMs) {
+        auto start = std::chrono::steady_clock::now();
+        if (!NyTestWaitUntil([&] { return Countdown() == Remain(u4Seconds); }, u4TimeoutMs)) {
+            return std::chrono::milliseconds(-1);
+        }
+        return std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::steady_clock::now() - start);
+    }
+};
+
+// What each kind says, chosen without a display.
+struct BlkKindCaseTag {
+    uint32_t u4Kind;
+    uint32_t u4Detail;
+    uint32_t u4Attempts;
+    std::string strExpected;  // "" for a kind without a message
+};
+
+}  // namespace
+
+TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
+    const std::string strVerify = NyGuiTestText(0x210122);
+    const BlkKindCaseTag aCases[] = {
+        {1, 7, 0, NyGuiTestText(0x210070)},
+        {2, 7, 0, NyGuiTestText(0x210072)},
+        {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"},
+        {4, 7, 0, Formatted(0x21006D, 7)},
+        {5, 7, 0, NyGuiTestText(0x210073)},
+        {6, 7, 0, Formatted(0x210078, 7)},
+        {7, 7, 0, NyGuiTestText(0x210074)},
+        {8, 2, 0, Formatted(0x10044, 2)},
+        {9, 7, 0, NyGuiTestText(0x210075)},
+        {10, 7, 0, NyGuiTestText(0x210076)},
+        {11, 7, 0, Formatted(0x21006E, 7)},
+        {12, 7, 0, "操作已在UKey上取消！"},
+        {15, 0, 0, NyGuiTestText(0x210121)},
+        {15, 0x12, 0, NyGuiTestText(0x210121)},
+        {15, 0xEA, 0, NyGuiTestText(0x210123)},
+        {15, 0x99EB, 0, NyGuiTestText(0x210124)},
+        {15, 0xEE, 0, NyGuiTestText(NY_TXT_LIFT_FINGER)},
+        {15, 0xEF, 0, NyGuiTestText(0x210126)},
+        {15, UI_FP_VERIFY_FAILED, 0, NyGuiTestText(0x210121)},
+        {16, 0xEE, 0, strVerify},
+        {16, 0, 1, "剩余尝试次数:1\n" + strVerify},
+        {16, 0, 2, "剩余尝试次数:2\n" + strVerify},
+        {16, 0, 3, strVerify},
+        {0, 7, 0, ""},
+        {13, 7, 0, ""},
+        {14, 7, 0, ""},
+        {17, 7, 0, ""},
+        {0xFFFFFFFF, 7, 0, ""},
+    };
+    EXPECT_NE(std::string::npos, Formatted(0x10044, 2).find("还有2次"));
+    for (const BlkKindCaseTag& test : aCases) {
+        tagBlkUiParam req =
+            NyConfirmTestRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
+        GUIconfirm dlg(&req, m_pConfig.get());
+        char szText[NY_GUI_LONG_TEXT_SIZE] = "unset";
+        bool bHas = dlg.SelectMessage(szText, sizeof(szText));
+        SCOPED_TRACE("kind " + std::to_string(test.u4Kind) + " detail " +
+                     std::to_string(test.u4Detail));
+        EXPECT_EQ(!test.strExpected.empty(), bHas);
+        if (bHas) {
+            EXPECT_EQ(test.strExpected, szText);
+        }
+    }
+}
+
+TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
+    const struct {
+        uint32_t u4Detail;
+        unsigned int u4TextId;  // 0: the message stays
+    } aCases[] = {
+        {0xEA, 0x210123},
+        {0xEB, NY_TXT_INVALID_DATA},
+        {0xEE, NY_TXT_LIFT_FINGER},
+        {0xEF, 0x210126},
+        {0xFFFFFFEE, NY_TXT_LIFT_FINGER},
+        {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
+        {0xE06163CE, 0},
+        {0xCF, 0},
+        {0, 0},
+        {0xED, 0},
+    };
+    for (const auto& test : aCases) {
+        EXPECT_EQ(test.u4TextId, NyConfirmUpdateTextId(test.u4Detail)) << std::hex << test.u4Detail;
+    }
+    EXPECT_EQ(29u, NyConfirmFirstCount(30));
+    EXPECT_EQ(0u, NyConfirmFirstCount(1));
+    EXPECT_EQ(0u, NyConfirmFirstCount(0));  // no wrap-around to four billion seconds
+}
+
+TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
+    struct {
+        uint32_t u4Kind;
+        bool bWraps;  // kind 1: beyond 99 bytes; others: beyond the label's 40 characters
+    } aCases[] = {{1, true}, {2, true}, {6, false}, {12, false}, {0, false}};
+    for (const auto& test : aCases) {
+        SCOPED_TRACE("kind " + std::to_string(test.u4Kind));
+        Open(NyConfirmTestRequest(test.u4Kind, 30));
+        tagBlkUiParam req = m_req;
+        char szExpected[NY_GUI_LONG_TEXT_SIZE] = "";
+        GUIconfirm(&req, m_pConfig.get()).SelectMessage(szExpected, sizeof(szExpected));
+        EXPECT_EQ(szExpected, Tips());
+        EXPECT_EQ(test.bWraps, NyGuiTestLabelWraps("confirm_tips"));
+        NyGuiTestShot(m_strWindow, "confirm-kind" + std::to_string(test.u4Kind));
+        m_pDialog->stop();
+        Finish();
+        m_pRun.reset();
+    }
+}
+
+TEST_F(GUIconfirmTest, CountdownStartsOneBelowTheTimeoutAndStepsEverySecond) {
+    Open(NyConfirmTestRequest(1, 30));
+    EXPECT_EQ("剩余：29 秒", Countdown());
+    std::chrono::milliseconds toNext = WaitCountdown(28, 3000);
+    ASSERT_GE(toNext.count(), 0) << "28 never shown";
+    EXPECT_LE(toNext.count(), 1300);
+    std::chrono::milliseconds step = WaitCountdown(27, 3000);
+    EXPECT_GE(step.count(), 700);
+    EXPECT_LE(step.count(), 1500);
+    m_pDialog->stop();
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+}
+
+TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
+    Open(NyConfirmTestRequest(1, 2));
+    EXPECT_EQ(Remain(1), Countdown());
+    EXPECT_GE(WaitCountdown(0, 3000).count(), 0);
+    usleep(2500 * 1000);
+    EXPECT_EQ(Remain(0), Countdown());
+    EXPECT_EQ(0u, m_pDialog->IsFinished());
+    EXPECT_EQ(1u, NyTestFindWindows(TitleRegex()).size());
+    m_pDialog->stop();
+    Finish();
+}
+
+TEST_F(GUIconfirmTest, FingerprintUpdatesRestartTheCountAndFollowTheDetailValue) {
+    Open(NyConfirmTestRequest(2, 30));
+    const std::string strFirst = Tips();
+    ASSERT_FALSE(strFirst.empty());
+    // A detail without a text of its own keeps the message, yet the count restarts.
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 40)));
+    EXPECT_EQ(strFirst, Tips());
+    EXPECT_GE(WaitCountdown(40, 2000).count(), 0) << "the count did not restart at 40";
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, UI_FP_VERIFY_FAILED, 40)));
+    EXPECT_EQ(NyGuiTestText(NY_TXT_FP_VERIFY_FAILED), Tips());
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_ENROL, 0x000000EE, 60)));
+    EXPECT_EQ("请抬起手指！", Tips());
+    ASSERT_GE(WaitCountdown(60, 2000).count(), 0) << "the count did not restart at 60";
+    EXPECT_GE(WaitCountdown(59, 2000).count(), 0);
+    NyGuiTestShot(m_strWindow, "confirm-update-lift-finger");
+    m_pDialog->stop();
+    tagBlkUiParam blk = Finish();
+    // The update's block replaced the request, but the answer is still the dialog's own.
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    EXPECT_EQ(UI_CMD_UPDATE, blk.enUiCmdType);
+    EXPECT_EQ(UI_CTT_FINGERPRINT_ENROL, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(0xEEu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+}
+
+TEST_F(GUIconfirmTest, UpdateOfAnotherKindChangesNothingVisible) {
+    Open(NyConfirmTestRequest(2, 30));
+    const std::string strTips = Tips();
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
+    // Two ticks later the count went on from the request's time-out, not the update's.
+    EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
+    EXPECT_EQ(strTips, Tips());
+    m_pDialog->stop();
+    tagBlkUiParam blk = Finish();
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    EXPECT_EQ(3u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(90u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
+}
+
+TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
+    CNyTestLogCapture log;
+    Open(NyConfirmTestRequest(1, 30, 0));
+    NyGuiTestShot(m_strWindow, "confirm-not-closable");
+    // Motif hints: flags, then functions: MWM_FUNC_MOVE (4) alone.
+    EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x4,"));
+    NyTestKey("alt+F4");
+    usleep(500 * 1000);
+    EXPECT_EQ(0u, m_pDialog->IsFinished());
+    EXPECT_EQ(0u, m_pDialog->stop());
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+    std::vector<std::string> vExpected = {
+        "GUIconfirm::stop() enter",           "GUIconfirm::stop() start destory",
+        "GUIconfirm::destroy_callback enter", "GUIconfirm::destroy_callback leave",
+        "GUIconfirm::stop() start end",
+    };
+    std::vector<std::string> vSeen;
+    for (const std::string& str : log.Messages()) {
+        if (str.compare(0, 18, "GUIconfirm::stop()") == 0 ||
+            str.compare(0, 27, "GUIconfirm::destroy_callbac") == 0) {
+            vSeen.push_back(str);
+        }
+    }
+    EXPECT_EQ(vExpected, vSeen);
+}
+
+TEST_F(GUIconfirmTest, ClosableWindowClosedByTheWindowManagerAnswersCancel) {
+    Open(NyConfirmTestRequest(1, 30, 1));
+    // Motif functions: MWM_FUNC_MOVE | MWM_FUNC_CLOSE (0x24).
+    EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x24"));
+    NyTestKey("alt+F4");
+    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
+}
+
+TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
+    const struct {
+        uint32_t u4Kind;
+        const char* szFile;
+        const char* szOther;
+    } aCases[] = {
+        {4, "USBKey_Confirm.png", "USBKey_Fingerprint_Confirm.gif"},
+        {UI_CTT_FINGERPRINT_ENROL, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"},
+        {UI_CTT_FINGERPRINT_VERIFY, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"}};
+    for (const auto& test : aCases) {
+        SCOPED_TRACE(test.szFile);
+        Open(NyConfirmTestRequest(test.u4Kind, 30));
+        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
+        ASSERT_NE(nullptr, pShown);
+        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
+        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
+        // The file scaled to 200 x 100 as it is shown, and not the other picture.
+        for (const char* szFile : {test.szFile, test.szOther}) {
+            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
+            ASSERT_NE(nullptr, pFile) << szFile;
+            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
+            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
+            g_object_unref(pScaled);
+            g_object_unref(pFile);
+        }
+        g_object_unref(pShown);
+        m_pDialog->stop();
+        Finish();
+        m_pRun.reset();
+    }
+}
+
+TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
+    tagBlkUiParam req = NyConfirmTestRequest(4, 30, 1, 0x11);
+    GUIconfirm dlg(&req, m_pConfig.get());
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(req)));
+    // A short update replaces only the bytes it carries.
+    tagBlkUiParam upd = NyConfirmTestUpdate(5, 0x22, 60);
+    EXPECT_EQ(0u, dlg.update(reinterpret_cast<const unsigned char*>(&upd), UI_OFS_CONFIRM_DETAIL));
+    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
+    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
+    EXPECT_EQ(5u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(0x11u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+    EXPECT_EQ(30u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
+    // A longer one is cut at the block's size.
+    std::vector<unsigned char> vLong(2 * sizeof(upd), 0x5A);
+    memcpy(vLong.data(), &upd, sizeof(upd));
+    EXPECT_EQ(0u, dlg.update(vLong.data(), static_cast<unsigned int>(vLong.size())));
+    blk = NyGuiTestResponse(&dlg);
+    EXPECT_EQ(0x22u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+    EXPECT_EQ(60u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
+}
+
+TEST_F(GUIconfirmTest, ConfirmCommandOpensTheFingerprintDialogOnlyForKinds15And16) {
+    for (uint32_t u4Kind : {0u, 1u, 14u, 15u, 16u, 17u}) {
+        tagBlkUiParam req = NyConfirmTestRequest(u4Kind, 30);
+        std::unique_ptr<GUIBase> pDialog(
+            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, m_pConfig.get()));
+        bool bFingerprint = u4Kind == 15 || u4Kind == 16;
+        EXPECT_EQ(bFingerprint, dynamic_cast<GUIconfirmFp*>(pDialog.get()) != nullptr) << u4Kind;
+        EXPECT_EQ(!bFingerprint, dynamic_cast<GUIconfirm*>(pDialog.get()) != nullptr) << u4Kind;
+    }
+}

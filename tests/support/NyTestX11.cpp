@@ -88,6 +88,10 @@ std::string NyTestFocusedWindow() {
     return NyTestShell("xdotool getwindowfocus");
 }
 
+bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs) {
+    return NyTestWaitUntil([&] { return NyTestFocusedWindow() == strWindow; }, u4TimeoutMs);
+}
+
 void NyTestType(const std::string& strText) {
     NyTestShell("xdotool type --delay 25 -- " + NyTestShellQuote(strText));
 }

@@ -220,6 +220,7 @@ TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
     EXPECT_NEAR(iX + iWidth / 2, ok.CentreX(), 2);
     // The window manager's close does nothing.
     NyTestClickAt(ok.CentreX(), iY + 10);
+    ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
     NyTestKey("alt+F4");
     usleep(500 * 1000);
     EXPECT_EQ(0u, m_pDialog->IsFinished());
@@ -280,6 +281,7 @@ TEST_F(GUImessageTest, QuestionClosedByTheWindowManagerAnswersCancel) {
     int iX = 0, iY = 0, iWidth = 0, iHeight = 0;
     ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iX, &iY, &iWidth, &iHeight));
     NyTestClickAt(iX + iWidth / 2, iY + 5);  // into the text area: focus, no button
+    ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
     NyTestKey("alt+F4");
     tagBlkUiParam blk = Finish();
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);

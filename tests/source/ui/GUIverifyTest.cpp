@@ -241,6 +241,7 @@ TEST_F(GUIverifyTest, ClosingTheWindowAnswersCancelWithThePinFieldUntouched) {
     Open(1, 16);
     ClickEntry();
     NyTestType("abc");
+    ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
     NyTestKey("alt+F4");  // the window manager's close
     ExpectUntouched(Finish());
 }

@@ -172,6 +172,9 @@ void GUIPinDialog::RefreshOk() {
 }
 
 void GUIPinDialog::OnDestroyed() {
+    if (m_bLogDestroy) {
+        NY_LOG(LOG_INFO, "%s::destroy_callback() enter", m_szClassName);
+    }
     if (m_blkParam.enRes != UI_RESULT_OK) {
         m_blkParam.enRes = UI_RESULT_CANCEL;
     }
@@ -184,6 +187,9 @@ void GUIPinDialog::OnDestroyed() {
     ForgetWidgets();
     m_u4Finished.store(1);
     QuitMainLoop();
+    if (m_bLogDestroy) {
+        NY_LOG(LOG_INFO, "%s::destroy_callback() leave", m_szClassName);
+    }
 }
 
 void GUIPinDialog::OnOk() {

@@ -70,6 +70,8 @@ protected:
 
     tagBlkUiParam m_blkParam;
     CConfig* m_pConfig = nullptr;
+    // The destroy callback logs its entry and exit ("<name>::destroy_callback() enter").
+    bool m_bLogDestroy = false;
     GtkWidget* m_pWindow = nullptr;
     GtkWidget* m_pOkButton = nullptr;
 

@@ -52,6 +52,28 @@ private:
     pid_t m_pid = -1;
 };
 
+// A verify dialog shown on a thread of its own, as the service shows it.
+class CShownVerify {
+public:
+    CShownVerify()
+        : m_pConfig(NyGuiTestConfig()),
+          m_req(NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16)),
+          m_dialog(&m_req, m_pConfig.get()),
+          m_run(&m_dialog),
+          m_strWindow(
+              NyTestWaitWindow("^" + NyGuiTestText(NY_TXT_TITLE) + "$", NY_GUI_TEST_WAIT_MS)) {}
+    const std::string& Window() const { return m_strWindow; }
+    GUIverify& Dialog() { return m_dialog; }
+    CGuiTestRun& Run() { return m_run; }
+
+private:
+    std::unique_ptr<CConfig> m_pConfig;
+    tagBlkUiParam m_req;
+    GUIverify m_dialog;
+    CGuiTestRun m_run;
+    std::string m_strWindow;
+};
+
 std::string PinOf(const tagBlkUiParam& blk) {
     return reinterpret_cast<const char*>(NyUiParamBytes(&blk, UI_OFS_VERIFY_PIN));
 }
@@ -69,13 +91,8 @@ TEST(GUIFocusTest, DialogTakesTheKeyboardFromTheFocusedApplication) {
     ASSERT_TRUE(NyTestWaitUntil([&] { return sink.KeyPresses() == 1; }, NY_GUI_TEST_WAIT_MS))
         << "the other application does not receive keys to begin with";
 
-    std::unique_ptr<CConfig> pConfig = NyGuiTestConfig();
-    tagBlkUiParam req = NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16);
-    GUIverify dlg(&req, pConfig.get());
-    CGuiTestRun run(&dlg);
-    std::string strWindow =
-        NyTestWaitWindow("^" + NyGuiTestText(NY_TXT_TITLE) + "$", NY_GUI_TEST_WAIT_MS);
-    ASSERT_FALSE(strWindow.empty());
+    CShownVerify shown;
+    ASSERT_FALSE(shown.Window().empty());
     BlkTestAccessibleTag entry;
     ASSERT_TRUE(NyGuiTestWaitFor("password text", NyGuiTestText(NY_TXT_CAPTION), &entry));
     EXPECT_NE(sink.Window(), NyTestFocusedWindow());
@@ -87,8 +104,8 @@ TEST(GUIFocusTest, DialogTakesTheKeyboardFromTheFocusedApplication) {
     NyGuiTestClick(entry);
     NyTestType("pin1");
     NyTestKey("Return");
-    ASSERT_TRUE(run.Wait(NY_GUI_TEST_WAIT_MS));
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
+    ASSERT_TRUE(shown.Run().Wait(NY_GUI_TEST_WAIT_MS));
+    tagBlkUiParam blk = NyGuiTestResponse(&shown.Dialog());
     EXPECT_EQ(UI_RESULT_OK, blk.enRes);
     // The dialog holds the keyboard from the moment it is up: what was typed before the click
     // went into its entry too, and nothing reached the other application.
@@ -99,17 +116,12 @@ TEST(GUIFocusTest, DialogTakesTheKeyboardFromTheFocusedApplication) {
 TEST(GUIFocusTest, DialogStaysAboveAWindowActivatedAfterIt) {
     CKeySink sink;
     ASSERT_FALSE(sink.Window().empty());
-    std::unique_ptr<CConfig> pConfig = NyGuiTestConfig();
-    tagBlkUiParam req = NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16);
-    GUIverify dlg(&req, pConfig.get());
-    CGuiTestRun run(&dlg);
-    std::string strWindow =
-        NyTestWaitWindow("^" + NyGuiTestText(NY_TXT_TITLE) + "$", NY_GUI_TEST_WAIT_MS);
-    ASSERT_FALSE(strWindow.empty());
+    CShownVerify shown;
+    ASSERT_FALSE(shown.Window().empty());
     NyTestShell("xdotool windowactivate --sync " + sink.Window());
     // Bottom to top; ids in hex, as xprop prints them.
     char szDialog[32];
-    snprintf(szDialog, sizeof(szDialog), "0x%lx", std::stoul(strWindow));
+    snprintf(szDialog, sizeof(szDialog), "0x%lx", std::stoul(shown.Window()));
     char szSink[32];
     snprintf(szSink, sizeof(szSink), "0x%lx", std::stoul(sink.Window()));
     std::string strStacking = NyTestShell("xprop -root _NET_CLIENT_LIST_STACKING");
@@ -118,5 +130,5 @@ TEST(GUIFocusTest, DialogStaysAboveAWindowActivatedAfterIt) {
     ASSERT_NE(std::string::npos, posDialog) << strStacking;
     ASSERT_NE(std::string::npos, posSink) << strStacking;
     EXPECT_GT(posDialog, posSink) << strStacking;
-    dlg.stop();
+    shown.Dialog().stop();
 }

@@ -170,6 +170,16 @@ protected:
         }
         return v;
     }
+    // Presses a button and checks the answer's result and choice.
+    void Answer(unsigned int u4Button, uint32_t u4Res, uint32_t u4Choice) {
+        NyGuiTestClick(Button(u4Button));
+        tagBlkUiParam blk = Finish();
+        EXPECT_EQ(u4Res, blk.enRes);
+        EXPECT_EQ(u4Choice, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    }
+    std::vector<std::string> YesNo() {
+        return {NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)};
+    }
     tagBlkUiParam Finish() {
         EXPECT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));
         EXPECT_EQ(1u, m_pDialog->IsFinished());
@@ -191,20 +201,13 @@ TEST_F(GUImessageTest, WrongPinQuestionYesAnswersChoiceOne) {
     Open(0xE06163C3, 0);
     EXPECT_TRUE(NyGuiTestWaitFor("label", Parse(0xE06163C3, 0)));
     NyGuiTestShot(m_strWindow, "message-wrong-pin");
-    EXPECT_EQ((std::vector<std::string>{NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)}),
-              ShowingButtons());
-    NyGuiTestClick(Button(NY_TXT_YES));
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_OK, blk.enRes);
-    EXPECT_EQ(NY_MSG_CHOICE_YES, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    EXPECT_EQ(YesNo(), ShowingButtons());
+    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
 }
 
 TEST_F(GUImessageTest, WrongPinQuestionNoAnswersChoiceTwo) {
     Open(0xE06163C3, 0);
-    NyGuiTestClick(Button(NY_TXT_NO));
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(NY_MSG_CHOICE_NO, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
 }
 
 TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
@@ -241,21 +244,15 @@ TEST_F(GUImessageTest, FingerprintFailureIsAQuestionWithTheCount) {
     Open(0xE06163CF, 0x000B0002);
     EXPECT_TRUE(NyGuiTestWaitFor("label", "您的指纹已连续 2 次验证失败，请核对。是否继续重试？"));
     NyGuiTestShot(m_strWindow, "message-fingerprint");
-    EXPECT_EQ((std::vector<std::string>{NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)}),
-              ShowingButtons());
-    NyGuiTestClick(Button(NY_TXT_NO));
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(NY_MSG_CHOICE_NO, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    EXPECT_EQ(YesNo(), ShowingButtons());
+    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
 }
 
 TEST_F(GUImessageTest, SuccessNoticeAnswersOkWithChoiceZero) {
     Open(0, 7);
     EXPECT_TRUE(NyGuiTestWaitFor("label", "操作成功！"));
     NyGuiTestShot(m_strWindow, "message-success");
-    NyGuiTestClick(Button(NY_TXT_OK));
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_OK, blk.enRes);
-    EXPECT_EQ(NY_MSG_CHOICE_NONE, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    Answer(NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE);
 }
 
 TEST_F(GUImessageTest, UnknownIdShowsItInHex) {
@@ -267,12 +264,8 @@ TEST_F(GUImessageTest, UnknownIdShowsItInHex) {
 
 TEST_F(GUImessageTest, LastTryOkAlwaysAnswersChoiceOne) {
     Open(0xE06163CF, 1);
-    EXPECT_EQ((std::vector<std::string>{NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)}),
-              ShowingButtons());
-    NyGuiTestClick(Button(NY_TXT_YES));
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_OK, blk.enRes);
-    EXPECT_EQ(NY_MSG_CHOICE_YES, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+    EXPECT_EQ(YesNo(), ShowingButtons());
+    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
 }
 
 TEST_F(GUImessageTest, QuestionClosedByTheWindowManagerAnswersCancel) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "NyGuiTestEnv.h"
+#include "support/NyTestLogCapture.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
 #include "ui/GUIverify.h"
@@ -257,11 +258,16 @@ TEST_F(GUIverifyTest, CancelButtonAnswersCancelWithThePinFieldUntouched) {
 }
 
 TEST_F(GUIverifyTest, StopAnswersCancelWithThePinFieldUntouched) {
+    CNyTestLogCapture log;
     Open(1, 16);
     ClickEntry();
     NyTestType("abc");
     EXPECT_EQ(0u, m_pDialog->stop());
     ExpectUntouched(Finish());
+    EXPECT_EQ(
+        (std::vector<std::string>{"GUIverify::run() enter", "GUIverify::destroy_callback() enter",
+                                  "GUIverify::destroy_callback() leave", "GUIverify::run() leave"}),
+        log.MessagesAt(LOG_INFO));
 }
 
 TEST_F(GUIverifyTest, StopBeforeRunKeepsTheWindowFromShowing) {

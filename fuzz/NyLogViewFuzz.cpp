@@ -1,0 +1,108 @@
+// A log record from the queue as ukey-logview prints it: the text line is valid UTF-8 without
+// NUL bytes; the JSON line is one object of nine fields, valid UTF-8, with every string escaped
+// so that reading the message back gives exactly the message text.
+#include <cctype>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "NyFuzzCheck.h"
+#include "NyLogViewFormat.h"
+#include "NyLogViewText.h"
+
+namespace {
+
+// An oracle of its own: decodes every sequence and checks its value range.
+bool IsUtf8(const std::string& str) {
+    static const uint32_t au4Min[] = {0, 0x80, 0x800, 0x10000};
+    for (size_t i = 0; i < str.size();) {
+        uint32_t u4Cp = static_cast<unsigned char>(str[i]);
+        size_t cTail = u4Cp < 0x80 ? 0 : u4Cp >= 0xF0 ? 3 : u4Cp >= 0xE0 ? 2 : u4Cp >= 0xC0 ? 1 : 4;
+        if (cTail == 4 || u4Cp >= 0xF8 || i + cTail >= str.size()) {
+            return false;
+        }
+        u4Cp &= cTail == 0 ? 0x7F : 0x3F >> cTail;
+        for (size_t k = 1; k <= cTail; ++k) {
+            unsigned char c = str[i + k];
+            if ((c & 0xC0) != 0x80) {
+                return false;
+            }
+            u4Cp = u4Cp << 6 | (c & 0x3F);
+        }
+        if (u4Cp < au4Min[cTail] || u4Cp > 0x10FFFF || (u4Cp >= 0xD800 && u4Cp <= 0xDFFF)) {
+            return false;
+        }
+        i += cTail + 1;
+    }
+    return true;
+}
+
+// Reads the JSON string literal that starts at strJson[i] (its opening quote) and returns its
+// text; i ends past the closing quote. Aborts on a raw control byte or a bad escape.
+std::string ReadJsonString(const std::string& strJson, size_t& i) {
+    static const char szEscapes[] = "\"\\/bfnrt";
+    static const char szValues[] = "\"\\/\b\f\n\r\t";
+    std::string strText;
+    for (++i; i < strJson.size() && strJson[i] != '"'; ++i) {
+        unsigned char c = strJson[i];
+        NyFuzzCheck(c >= 0x20);
+        if (c != '\\') {
+            strText += static_cast<char>(c);
+            continue;
+        }
+        NyFuzzCheck(++i < strJson.size());
+        const char* pEscape = strchr(szEscapes, strJson[i]);
+        if (pEscape != nullptr && *pEscape != '\0') {
+            strText += szValues[pEscape - szEscapes];
+            continue;
+        }
+        NyFuzzCheck(strJson[i] == 'u' && i + 4 < strJson.size());
+        std::string strHex = strJson.substr(i + 1, 4);
+        NyFuzzCheck(strHex.find_first_not_of("0123456789abcdefABCDEF") == std::string::npos);
+        unsigned long u4Cp = std::stoul(strHex, nullptr, 16);
+        NyFuzzCheck(u4Cp < 0x80);  // the viewer escapes control bytes only
+        strText += static_cast<char>(u4Cp);
+        i += 4;
+    }
+    NyFuzzCheck(i < strJson.size());
+    ++i;
+    return strText;
+}
+
+// Outside strings only the object's punctuation and numbers; returns the message's text.
+std::string CheckJson(const std::string& strJson) {
+    NyFuzzCheck(IsUtf8(strJson) && strJson.size() >= 2);
+    NyFuzzCheck(strJson.front() == '{' && strJson.back() == '}');
+    std::string strLast;
+    size_t cFields = 0;
+    for (size_t i = 1; i + 1 < strJson.size();) {
+        unsigned char c = strJson[i];
+        if (c == '"') {
+            strLast = ReadJsonString(strJson, i);
+            continue;
+        }
+        NyFuzzCheck(c == ':' || c == ',' || isdigit(c));
+        cFields += c == ':';
+        ++i;
+    }
+    NyFuzzCheck(cFields == 9);
+    return strLast;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
+    tagBlkLogItem item = {};
+    memcpy(&item, pu1Data, cbData < sizeof(item) ? cbData : sizeof(item));
+
+    std::string strText = NyLogViewFormatText(item);
+    NyFuzzCheck(IsUtf8(strText) && strText.find('\0') == std::string::npos);
+    std::string strMessage = NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage));
+    NyFuzzCheck(
+        strText.size() >= strMessage.size() &&
+        strText.compare(strText.size() - strMessage.size(), std::string::npos, strMessage) == 0);
+
+    // The message is the last field of the object.
+    NyFuzzCheck(CheckJson(NyLogViewFormatJson(item)) == strMessage);
+    return 0;
+}

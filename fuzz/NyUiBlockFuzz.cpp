@@ -1,0 +1,142 @@
+// A UI block through the service's whole request path, clear and protected, with the dialogs
+// replaced by a stand-in that answers at once (this file's CreateDialogForCommand and
+// configuration image are linked in place of the real ones). Input: byte 0 (mod 5) counts the
+// follow-up steps in the next bytes, the rest is the first request block. Each step resends that
+// block as the command of its low nibble, asynchronous when its high bit is set, so that dialogs
+// are started, polled, updated, run again and terminated in the order the input chooses. Every
+// answer is 4096 bytes; a protected request gets a protected answer under its own seed that never
+// shows the typed PIN in clear; commands without a dialog echo the request.
+#include <cstdint>
+#include <cstring>
+#include <mutex>
+
+#include "GUIService.h"
+#include "NyConfigImage.h"
+#include "NyFuzzCheck.h"
+#include "ui/GUIBase.h"
+#include "ui/GUIFactory.h"
+#include "uiblock/NyUiParam.h"
+
+namespace {
+
+// What the stand-in's user types; a request that holds it in clear is not checked for it.
+const uint8_t cg_au1Pin[] = "\x9d\x13typed-PIN\x7f";
+
+// Keeps the request as its answer and, when run, marks it accepted with the PIN typed in, as
+// a PIN dialog does. A request whose first reserved byte is 0xFF fails to run, as a dialog
+// whose window cannot be built.
+class CFuzzDialog : public GUIBase {
+public:
+    explicit CFuzzDialog(const tagBlkUiParam* pReq) { InitBlockCopy(&m_blkCopy, pReq); }
+    ~CFuzzDialog() override { WipeBlockCopy(&m_blkCopy); }
+    unsigned int run() override {
+        std::lock_guard<std::mutex> lock(m_mtx);
+        if (m_blkCopy.au1Reserved1[0] == 0xFF) {
+            return NY_ERR_BAD_ARGUMENT;
+        }
+        memcpy(NyUiParamBytes(&m_blkCopy, UI_OFS_VERIFY_PIN), cg_au1Pin, sizeof(cg_au1Pin));
+        m_blkCopy.enRes = UI_RESULT_OK;
+        m_bFinished = true;
+        return NY_OK;
+    }
+    unsigned int GetResponse(unsigned char* pu1Buf, unsigned int* pu4Len) override {
+        std::lock_guard<std::mutex> lock(m_mtx);
+        CopyBlockOut(&m_blkCopy, pu1Buf, pu4Len);
+        return NY_OK;
+    }
+    unsigned int IsFinished() override { return m_bFinished ? 1 : 0; }
+
+private:
+    std::mutex m_mtx;
+    tagBlkUiParam m_blkCopy;
+    std::atomic<bool> m_bFinished{false};
+};
+
+const uint32_t cg_au4Commands[16] = {UI_CMD_UPDATE,          UI_CMD_TERMINATE,
+                                     UI_CMD_GET_STATUS,      UI_CMD_VERIFY_PIN,
+                                     UI_CMD_CONFIRM,         UI_CMD_MESSAGE,
+                                     UI_CMD_CHANGE_PIN,      UI_CMD_UNBLOCK,
+                                     UI_CMD_CHANGE_LABEL,    UI_CMD_GET_PIN_CONFIRM,
+                                     UI_CMD_NO_DIALOG_1,     UI_CMD_NO_DIALOG_2,
+                                     UI_CMD_DIALOG_LAST + 1, 0,
+                                     UI_CMD_GET_STATUS,      UI_CMD_TERMINATE};
+
+bool HasPin(const tagBlkUiParam& blk) {
+    const uint8_t* pu1 = NyUiParamBytes(&blk, NY_UI_PROTECTED_OFFSET);
+    return memmem(pu1, NY_UI_PROTECTED_SIZE, cg_au1Pin, sizeof(cg_au1Pin) - 1) != nullptr;
+}
+
+// Sends blkClear as a client would (enciphered when its flag asks for it) and checks the answer.
+void Exchange(GUIService& service, const tagBlkUiParam& blkClear) {
+    tagBlkUiParam blkReq = blkClear;
+    const bool bProtected = blkClear.u4Protected == UI_PARAM_PROTECTED;
+    blkReq.u4Protected = bProtected ? UI_PARAM_CLEAR : blkClear.u4Protected;
+    NyFuzzCheck(!bProtected || UiParamEnc(&blkReq) == NY_OK);
+    tagBlkUiParam blkResp = {};
+    uint32_t u4Size = sizeof(blkResp);
+    uint32_t u4Result =
+        service.ProcessRequestSvc(reinterpret_cast<uint8_t*>(&blkReq), sizeof(blkReq),
+                                  reinterpret_cast<uint8_t*>(&blkResp), &u4Size);
+    NyFuzzCheck(u4Size == NY_UI_PARAM_SIZE);
+    NyFuzzCheck(!bProtected || HasPin(blkClear) || !HasPin(blkResp));
+    if (u4Result != NY_OK) {
+        return;
+    }
+    if (bProtected) {
+        NyFuzzCheck(blkResp.u4Protected == UI_PARAM_PROTECTED);
+        NyFuzzCheck(memcmp(blkResp.au1KeySeed, blkClear.au1KeySeed, NY_UI_KEY_SEED_SIZE) == 0);
+    }
+    // Commands that have no dialog and are not polls or updates echo the request.
+    const uint32_t u4Cmd = blkClear.enUiCmdType;
+    if (u4Cmd != UI_CMD_UPDATE && u4Cmd != UI_CMD_GET_STATUS &&
+        (u4Cmd < UI_CMD_DIALOG_FIRST || u4Cmd > UI_CMD_DIALOG_LAST)) {
+        NyFuzzCheck(!bProtected || UiParamDec(&blkResp) == NY_OK);
+        tagBlkUiParam blkEcho = blkClear;
+        blkEcho.enRes = u4Cmd == UI_CMD_TERMINATE ? UI_RESULT_OK : UI_RESULT_NOT_PROCESSED;
+        if (bProtected) {
+            blkEcho.u4Protected = UI_PARAM_CLEAR;
+        }
+        NyFuzzCheck(memcmp(&blkEcho, &blkResp, sizeof(blkResp)) == 0);
+    }
+}
+
+}  // namespace
+
+// The stand-in reads no texts, and parsing the built-in image for every dialog would take most
+// of each run (the parser is fuzzed on its own): the service's dialogs get an empty image.
+const unsigned char* NyConfigImage() {
+    static const unsigned char s_u1Empty = 0;
+    return &s_u1Empty;
+}
+unsigned int NyConfigImageLength() {
+    return 0;
+}
+
+GUIBase* CreateDialogForCommand(uint32_t u4CmdType, uint32_t /*u4Ctt*/, const tagBlkUiParam* pReq,
+                                CConfig* /*pCfg*/) {
+    if (u4CmdType < UI_CMD_DIALOG_FIRST || u4CmdType > UI_CMD_CHANGE_LABEL) {
+        return nullptr;
+    }
+    return new CFuzzDialog(pReq);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
+    if (cbData == 0) {
+        return 0;
+    }
+    const size_t cSteps = pu1Data[0] % 5 < cbData ? pu1Data[0] % 5 : cbData - 1;
+    const uint8_t* pu1Steps = pu1Data + 1;
+    const size_t cbBlock = cbData - 1 - cSteps;
+    tagBlkUiParam blkClear = {};
+    memcpy(&blkClear, pu1Steps + cSteps, cbBlock < sizeof(blkClear) ? cbBlock : sizeof(blkClear));
+
+    BlkUiServiceParamTag blkParam = {};
+    GUIService service(blkParam);
+    Exchange(service, blkClear);
+    for (size_t i = 0; i < cSteps; ++i) {
+        blkClear.enUiCmdType = cg_au4Commands[pu1Steps[i] & 0x0F];
+        blkClear.u4Mode = pu1Steps[i] & 0x80 ? UI_MODE_ASYNC : 0;
+        Exchange(service, blkClear);
+    }
+    return 0;
+}

@@ -6,6 +6,7 @@
 // byte copied; nothing is ever written past what was served.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
@@ -69,8 +70,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
         NyFuzzCheck(u4Result == static_cast<uint32_t>(EAGAIN));
         u4Length = 0;
     }
-    for (size_t i = u4Length; i < vBuffer.size(); ++i) {
-        NyFuzzCheck(vBuffer[i] == NY_FUZZ_FILL);
-    }
+    NyFuzzCheck(std::count(vBuffer.begin() + u4Length, vBuffer.end(), NY_FUZZ_FILL) ==
+                long(vBuffer.size() - u4Length));
     return 0;
 }

@@ -8,6 +8,7 @@
 // the caller's buffer as it was.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>
@@ -37,12 +38,7 @@ uint32_t U4At(const uint8_t* pu1, size_t cbOffset) {
 
 // Bytes [cbFrom, cbTo) of the answer buffer still hold the fill.
 bool Untouched(const std::vector<uint8_t>& vResp, size_t cbFrom, size_t cbTo) {
-    for (size_t i = cbFrom; i < cbTo; ++i) {
-        if (vResp[i] != NY_FUZZ_FILL) {
-            return false;
-        }
-    }
-    return true;
+    return std::count(&vResp[cbFrom], vResp.data() + cbTo, NY_FUZZ_FILL) == long(cbTo - cbFrom);
 }
 
 }  // namespace

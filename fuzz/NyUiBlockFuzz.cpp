@@ -52,15 +52,6 @@ private:
     std::atomic<bool> m_bFinished{false};
 };
 
-const uint32_t cg_au4Commands[16] = {UI_CMD_UPDATE,          UI_CMD_TERMINATE,
-                                     UI_CMD_GET_STATUS,      UI_CMD_VERIFY_PIN,
-                                     UI_CMD_CONFIRM,         UI_CMD_MESSAGE,
-                                     UI_CMD_CHANGE_PIN,      UI_CMD_UNBLOCK,
-                                     UI_CMD_CHANGE_LABEL,    UI_CMD_GET_PIN_CONFIRM,
-                                     UI_CMD_NO_DIALOG_1,     UI_CMD_NO_DIALOG_2,
-                                     UI_CMD_DIALOG_LAST + 1, 0,
-                                     UI_CMD_GET_STATUS,      UI_CMD_TERMINATE};
-
 bool HasPin(const tagBlkUiParam& blk) {
     const uint8_t* pu1 = NyUiParamBytes(&blk, NY_UI_PROTECTED_OFFSET);
     return memmem(pu1, NY_UI_PROTECTED_SIZE, cg_au1Pin, sizeof(cg_au1Pin) - 1) != nullptr;
@@ -93,9 +84,7 @@ void Exchange(GUIService& service, const tagBlkUiParam& blkClear) {
         NyFuzzCheck(!bProtected || UiParamDec(&blkResp) == NY_OK);
         tagBlkUiParam blkEcho = blkClear;
         blkEcho.enRes = u4Cmd == UI_CMD_TERMINATE ? UI_RESULT_OK : UI_RESULT_NOT_PROCESSED;
-        if (bProtected) {
-            blkEcho.u4Protected = UI_PARAM_CLEAR;
-        }
+        blkEcho.u4Protected = bProtected ? UI_PARAM_CLEAR : blkEcho.u4Protected;
         NyFuzzCheck(memcmp(&blkEcho, &blkResp, sizeof(blkResp)) == 0);
     }
 }
@@ -134,7 +123,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
     GUIService service(blkParam);
     Exchange(service, blkClear);
     for (size_t i = 0; i < cSteps; ++i) {
-        blkClear.enUiCmdType = cg_au4Commands[pu1Steps[i] & 0x0F];
+        // 1 to 3, then every dialog command and three past them.
+        const uint32_t u4Step = pu1Steps[i] & 0x0F;
+        blkClear.enUiCmdType = u4Step < 3 ? u4Step + 1 : UI_CMD_DIALOG_FIRST + u4Step - 3;
         blkClear.u4Mode = pu1Steps[i] & 0x80 ? UI_MODE_ASYNC : 0;
         Exchange(service, blkClear);
     }

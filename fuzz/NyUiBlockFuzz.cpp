@@ -19,7 +19,7 @@
 
 namespace {
 
-// What the stand-in's user types; a request that holds it in clear is not checked for it.
+// What the stand-in's user types.
 const uint8_t cg_au1Pin[] = "\x9d\x13typed-PIN\x7f";
 
 // Keeps the request as its answer and, when run, marks it accepted with the PIN typed in, as
@@ -57,34 +57,31 @@ bool HasPin(const tagBlkUiParam& blk) {
     return memmem(pu1, NY_UI_PROTECTED_SIZE, cg_au1Pin, sizeof(cg_au1Pin) - 1) != nullptr;
 }
 
-// Sends blkClear as a client would (enciphered when its flag asks for it) and checks the answer.
-void Exchange(GUIService& service, const tagBlkUiParam& blkClear) {
-    tagBlkUiParam blkReq = blkClear;
-    const bool bProtected = blkClear.u4Protected == UI_PARAM_PROTECTED;
-    blkReq.u4Protected = bProtected ? UI_PARAM_CLEAR : blkClear.u4Protected;
-    NyFuzzCheck(!bProtected || UiParamEnc(&blkReq) == NY_OK);
+// Sends a copy of blkReq as it is: a protected block's payload is whatever it deciphers to, and
+// a request that deciphers to the typed PIN is as unlikely as guessing the key.
+void Exchange(GUIService& service, const tagBlkUiParam& blkReq) {
+    tagBlkUiParam blkSent = blkReq;
     tagBlkUiParam blkResp = {};
     uint32_t u4Size = sizeof(blkResp);
     uint32_t u4Result =
-        service.ProcessRequestSvc(reinterpret_cast<uint8_t*>(&blkReq), sizeof(blkReq),
+        service.ProcessRequestSvc(reinterpret_cast<uint8_t*>(&blkSent), sizeof(blkSent),
                                   reinterpret_cast<uint8_t*>(&blkResp), &u4Size);
     NyFuzzCheck(u4Size == NY_UI_PARAM_SIZE);
-    NyFuzzCheck(!bProtected || HasPin(blkClear) || !HasPin(blkResp));
+    const bool bProtected = blkReq.u4Protected == UI_PARAM_PROTECTED;
+    NyFuzzCheck(!bProtected || !HasPin(blkResp));
     if (u4Result != NY_OK) {
         return;
     }
-    if (bProtected) {
-        NyFuzzCheck(blkResp.u4Protected == UI_PARAM_PROTECTED);
-        NyFuzzCheck(memcmp(blkResp.au1KeySeed, blkClear.au1KeySeed, NY_UI_KEY_SEED_SIZE) == 0);
-    }
-    // Commands that have no dialog and are not polls or updates echo the request.
-    const uint32_t u4Cmd = blkClear.enUiCmdType;
+    NyFuzzCheck(!bProtected ||
+                (blkResp.u4Protected == UI_PARAM_PROTECTED &&
+                 memcmp(blkResp.au1KeySeed, blkReq.au1KeySeed, NY_UI_KEY_SEED_SIZE) == 0));
+    // Commands that have no dialog and are not polls or updates echo the request (enciphered
+    // again under the same key, so byte for byte).
+    const uint32_t u4Cmd = blkReq.enUiCmdType;
     if (u4Cmd != UI_CMD_UPDATE && u4Cmd != UI_CMD_GET_STATUS &&
         (u4Cmd < UI_CMD_DIALOG_FIRST || u4Cmd > UI_CMD_DIALOG_LAST)) {
-        NyFuzzCheck(!bProtected || UiParamDec(&blkResp) == NY_OK);
-        tagBlkUiParam blkEcho = blkClear;
+        tagBlkUiParam blkEcho = blkReq;
         blkEcho.enRes = u4Cmd == UI_CMD_TERMINATE ? UI_RESULT_OK : UI_RESULT_NOT_PROCESSED;
-        blkEcho.u4Protected = bProtected ? UI_PARAM_CLEAR : blkEcho.u4Protected;
         NyFuzzCheck(memcmp(&blkEcho, &blkResp, sizeof(blkResp)) == 0);
     }
 }
@@ -116,18 +113,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
     const size_t cSteps = pu1Data[0] % 5 < cbData ? pu1Data[0] % 5 : cbData - 1;
     const uint8_t* pu1Steps = pu1Data + 1;
     const size_t cbBlock = cbData - 1 - cSteps;
-    tagBlkUiParam blkClear = {};
-    memcpy(&blkClear, pu1Steps + cSteps, cbBlock < sizeof(blkClear) ? cbBlock : sizeof(blkClear));
+    tagBlkUiParam blkReq = {};
+    memcpy(&blkReq, pu1Steps + cSteps, cbBlock < sizeof(blkReq) ? cbBlock : sizeof(blkReq));
 
     BlkUiServiceParamTag blkParam = {};
     GUIService service(blkParam);
-    Exchange(service, blkClear);
+    Exchange(service, blkReq);
     for (size_t i = 0; i < cSteps; ++i) {
         // 1 to 3, then every dialog command and three past them.
         const uint32_t u4Step = pu1Steps[i] & 0x0F;
-        blkClear.enUiCmdType = u4Step < 3 ? u4Step + 1 : UI_CMD_DIALOG_FIRST + u4Step - 3;
-        blkClear.u4Mode = pu1Steps[i] & 0x80 ? UI_MODE_ASYNC : 0;
-        Exchange(service, blkClear);
+        blkReq.enUiCmdType = u4Step < 3 ? u4Step + 1 : UI_CMD_DIALOG_FIRST + u4Step - 3;
+        blkReq.u4Mode = pu1Steps[i] & 0x80 ? UI_MODE_ASYNC : 0;
+        Exchange(service, blkReq);
     }
     return 0;
 }

@@ -3,9 +3,12 @@
 // configuration image are linked in place of the real ones). Input: byte 0 (mod 5) counts the
 // follow-up steps in the next bytes, the rest is the first request block. Each step resends that
 // block as the command of its low nibble, asynchronous when its high bit is set, so that dialogs
-// are started, polled, updated, run again and terminated in the order the input chooses. Every
+// are started, polled, updated, run again and terminated in the order the input chooses; a step
+// waits for the dialog's thread to end unless bits 4 to 6 are all set. Every
 // answer is 4096 bytes; a protected request gets a protected answer under its own seed that never
 // shows the typed PIN in clear; commands without a dialog echo the request.
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <cstring>
 #include <mutex>
@@ -22,6 +25,20 @@ namespace {
 // What the stand-in's user types.
 const uint8_t cg_au1Pin[] = "\x9d\x13typed-PIN\x7f";
 
+// Dialog threads the service started (counted from its answers) and that have exited: a
+// thread counts itself at its exit, after the service has seen its run return.
+uint32_t s_cThreadsStarted = 0;
+uint32_t s_cThreadsEnded = 0;
+std::mutex s_mtxThreads;
+std::condition_variable s_cvThreadEnded;
+struct CThreadEnd {
+    ~CThreadEnd() {
+        std::lock_guard<std::mutex> lock(s_mtxThreads);
+        ++s_cThreadsEnded;
+        s_cvThreadEnded.notify_all();
+    }
+};
+
 // Keeps the request as its answer and, when run, marks it accepted with the PIN typed in, as
 // a PIN dialog does. A request whose first reserved byte is 0xFF fails to run, as a dialog
 // whose window cannot be built.
@@ -30,6 +47,7 @@ public:
     explicit CFuzzDialog(const tagBlkUiParam* pReq) { InitBlockCopy(&m_blkCopy, pReq); }
     ~CFuzzDialog() override { WipeBlockCopy(&m_blkCopy); }
     unsigned int run() override {
+        static thread_local CThreadEnd s_end;
         std::lock_guard<std::mutex> lock(m_mtx);
         if (m_blkCopy.au1Reserved1[0] == 0xFF) {
             return NY_ERR_BAD_ARGUMENT;
@@ -67,6 +85,10 @@ void Exchange(GUIService& service, const tagBlkUiParam& blkReq) {
         service.ProcessRequestSvc(reinterpret_cast<uint8_t*>(&blkSent), sizeof(blkSent),
                                   reinterpret_cast<uint8_t*>(&blkResp), &u4Size);
     NyFuzzCheck(u4Size == NY_UI_PARAM_SIZE);
+    const uint32_t u4Cmd = blkReq.enUiCmdType;
+    const bool bDialogCmd = u4Cmd >= UI_CMD_DIALOG_FIRST && u4Cmd <= UI_CMD_DIALOG_LAST;
+    s_cThreadsStarted +=
+        bDialogCmd && blkReq.u4Mode == UI_MODE_ASYNC && blkResp.enRes == UI_RESULT_PENDING;
     const bool bProtected = blkReq.u4Protected == UI_PARAM_PROTECTED;
     NyFuzzCheck(!bProtected || !HasPin(blkResp));
     if (u4Result != NY_OK) {
@@ -77,13 +99,17 @@ void Exchange(GUIService& service, const tagBlkUiParam& blkReq) {
                  memcmp(blkResp.au1KeySeed, blkReq.au1KeySeed, NY_UI_KEY_SEED_SIZE) == 0));
     // Commands that have no dialog and are not polls or updates echo the request (enciphered
     // again under the same key, so byte for byte).
-    const uint32_t u4Cmd = blkReq.enUiCmdType;
-    if (u4Cmd != UI_CMD_UPDATE && u4Cmd != UI_CMD_GET_STATUS &&
-        (u4Cmd < UI_CMD_DIALOG_FIRST || u4Cmd > UI_CMD_DIALOG_LAST)) {
+    if (u4Cmd != UI_CMD_UPDATE && u4Cmd != UI_CMD_GET_STATUS && !bDialogCmd) {
         tagBlkUiParam blkEcho = blkReq;
         blkEcho.enRes = u4Cmd == UI_CMD_TERMINATE ? UI_RESULT_OK : UI_RESULT_NOT_PROCESSED;
         NyFuzzCheck(memcmp(&blkEcho, &blkResp, sizeof(blkResp)) == 0);
     }
+}
+
+// Lets every started dialog thread end: a user who answers before the next request comes.
+void Settle() {
+    std::unique_lock<std::mutex> lock(s_mtxThreads);
+    s_cvThreadEnded.wait(lock, [] { return s_cThreadsEnded >= s_cThreadsStarted; });
 }
 
 }  // namespace
@@ -124,7 +150,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
         const uint32_t u4Step = pu1Steps[i] & 0x0F;
         blkReq.enUiCmdType = u4Step < 3 ? u4Step + 1 : UI_CMD_DIALOG_FIRST + u4Step - 3;
         blkReq.u4Mode = pu1Steps[i] & 0x80 ? UI_MODE_ASYNC : 0;
+        if ((pu1Steps[i] & 0x70) != 0x70) {
+            Settle();
+        }
         Exchange(service, blkReq);
     }
+    Settle();
     return 0;
 }

@@ -1,6 +1,6 @@
-// A log record from the queue as ukey-logview prints it: the text line is valid UTF-8 without
-// NUL bytes; the JSON line is one object of nine fields, valid UTF-8, with every string escaped
-// so that reading the message back gives exactly the message text.
+// A log record from the queue as ukey-logview prints it: the text line is valid UTF-8; the JSON
+// line is one object of nine fields, valid UTF-8, with every string escaped so that reading the
+// message back gives exactly the message text.
 #include <cctype>
 #include <cstdint>
 #include <cstring>
@@ -76,14 +76,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
     tagBlkLogItem item = {};
     memcpy(&item, pu1Data, cbData < sizeof(item) ? cbData : sizeof(item));
 
-    std::string strText = NyLogViewFormatText(item);
-    NyFuzzCheck(IsUtf8(strText));
-    std::string strMessage = NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage));
-    NyFuzzCheck(
-        strText.size() >= strMessage.size() &&
-        strText.compare(strText.size() - strMessage.size(), std::string::npos, strMessage) == 0);
-
+    NyFuzzCheck(IsUtf8(NyLogViewFormatText(item)));
     // The message is the last field of the object.
-    NyFuzzCheck(CheckJson(NyLogViewFormatJson(item)) == strMessage);
+    NyFuzzCheck(CheckJson(NyLogViewFormatJson(item)) ==
+                NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage)));
     return 0;
 }

@@ -30,12 +30,6 @@ struct BlkStartsTag {
 };
 BlkStartsTag s_starts;
 
-uint32_t U4At(const uint8_t* pu1, size_t cbOffset) {
-    uint32_t u4 = 0;
-    memcpy(&u4, pu1 + cbOffset, sizeof(u4));
-    return u4;
-}
-
 // Bytes [cbFrom, cbTo) of the answer buffer still hold the fill.
 bool Untouched(const std::vector<uint8_t>& vResp, size_t cbFrom, size_t cbTo) {
     return std::count(&vResp[cbFrom], vResp.data() + cbTo, NY_FUZZ_FILL) == long(cbTo - cbFrom);
@@ -91,13 +85,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
                               : blkReq.u4ReqType == MAIN_REQ_FINISH_SESSION
                                   ? MAIN_STATUS_DONE
                                   : MAIN_STATUS_UNKNOWN_REQUEST;
-    NyFuzzCheck(U4At(vResp.data(), 0) == blkReq.u4ReqType && U4At(vResp.data(), 4) == u4Status);
-    NyFuzzCheck(U4At(vResp.data(), 8) == blkReq.uInteractionID);
-    NyFuzzCheck(U4At(vResp.data(), 1036) == static_cast<uint32_t>(getpid()));
+    BlkMainSessionResponseTag blkResp;
+    memcpy(&blkResp, vResp.data(), sizeof(blkResp));
+    NyFuzzCheck(blkResp.u4ReqType == blkReq.u4ReqType && blkResp.u4Status == u4Status);
+    NyFuzzCheck(blkResp.uInteractionID == blkReq.uInteractionID);
+    NyFuzzCheck(blkResp.uServerPid == static_cast<uint32_t>(getpid()));
     const size_t cbName = offsetof(BlkMainSessionResponseTag, szSessionName);
     if (bStarted) {
-        NyFuzzCheck(strnlen(reinterpret_cast<const char*>(&vResp[cbName]),
-                            MAIN_SESSION_NAME_SIZE) == MAIN_SESSION_NAME_SIZE - 1);
+        NyFuzzCheck(strnlen(blkResp.szSessionName, MAIN_SESSION_NAME_SIZE) ==
+                    MAIN_SESSION_NAME_SIZE - 1);
     } else {
         NyFuzzCheck(Untouched(vResp, cbName, cbName + MAIN_SESSION_NAME_SIZE));
     }

@@ -75,8 +75,9 @@ bool HasPin(const tagBlkUiParam& blk) {
     return memmem(pu1, NY_UI_PROTECTED_SIZE, cg_au1Pin, sizeof(cg_au1Pin) - 1) != nullptr;
 }
 
-// Sends a copy of blkReq as it is: a protected block's payload is whatever it deciphers to, and
-// a request that deciphers to the typed PIN is as unlikely as guessing the key.
+// Sends a copy of blkReq as it is: a protected block's payload is whatever it deciphers to. The
+// PIN check skips a request that holds the PIN's bytes itself (an echo enciphered again shows
+// them); one that deciphers to them is as unlikely as guessing the key.
 void Exchange(GUIService& service, const tagBlkUiParam& blkReq) {
     tagBlkUiParam blkSent = blkReq;
     tagBlkUiParam blkResp = {};
@@ -90,7 +91,7 @@ void Exchange(GUIService& service, const tagBlkUiParam& blkReq) {
     s_cThreadsStarted +=
         bDialogCmd && blkReq.u4Mode == UI_MODE_ASYNC && blkResp.enRes == UI_RESULT_PENDING;
     const bool bProtected = blkReq.u4Protected == UI_PARAM_PROTECTED;
-    NyFuzzCheck(!bProtected || !HasPin(blkResp));
+    NyFuzzCheck(!bProtected || HasPin(blkReq) || !HasPin(blkResp));
     if (u4Result != NY_OK) {
         return;
     }

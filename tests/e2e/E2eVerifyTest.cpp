@@ -3,12 +3,10 @@
 
 #include <unistd.h>
 
-#include <cstring>
 #include <future>
 
 #include "NyE2eEnv.h"
 #include "os/NyOs.h"
-#include "support/NyTestProcess.h"
 
 namespace {
 
@@ -19,11 +17,6 @@ protected:
         m_pClient = m_server.Connect();
         ASSERT_NE(nullptr, m_pClient);
     }
-    // A status poll; the answer's result.
-    uint32_t Poll(tagBlkUiParam* pResp) {
-        EXPECT_EQ(NY_OK, m_pClient->SendCommand(UI_CMD_GET_STATUS, pResp));
-        return pResp->enRes;
-    }
 
     CE2eServer m_server;
     std::unique_ptr<CNyUiClient> m_pClient;
@@ -33,34 +26,31 @@ protected:
 
 TEST_F(E2eVerifyTest, SynchronousRequestAnswersWithTheTypedPin) {
     tagBlkUiParam req = NyE2eVerifyRequest(6, 16);
-    std::future<std::pair<uint32_t, tagBlkUiParam>> answer = std::async(std::launch::async, [&] {
-        tagBlkUiParam resp;
-        uint32_t u4Result = m_pClient->Exchange(&req, &resp);
-        return std::make_pair(u4Result, resp);
-    });
+    tagBlkUiParam resp;
+    std::future<uint32_t> result =
+        std::async(std::launch::async, [&] { return m_pClient->Exchange(&req, &resp); });
     ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
     NyE2eEnterPin(m_server.Pid(), "secret42");
-    ASSERT_EQ(std::future_status::ready, answer.wait_for(std::chrono::seconds(30)));
-    std::pair<uint32_t, tagBlkUiParam> result = answer.get();
-    EXPECT_EQ(NY_OK, result.first);
-    EXPECT_EQ(UI_RESULT_OK, result.second.enRes);
-    EXPECT_EQ("secret42", NyE2ePin(result.second));
-    EXPECT_EQ(8u, NyUiParamGetU4(&result.second, UI_OFS_VERIFY_PIN_LEN));
+    ASSERT_EQ(std::future_status::ready, result.wait_for(std::chrono::seconds(30)));
+    EXPECT_EQ(NY_OK, result.get());
+    EXPECT_EQ(UI_RESULT_OK, resp.enRes);
+    EXPECT_EQ("secret42", NyE2ePin(resp));
+    EXPECT_EQ(8u, NyUiParamGetU4(&resp, UI_OFS_VERIFY_PIN_LEN));
     EXPECT_TRUE(NyE2eWaitNoVerifyWindow());
 }
 
-TEST_F(E2eVerifyTest, AsynchronousStartPollsPendingThenTheFinalPollCarriesThePin) {
+// Pending while shown, an update answered as accepted (the dialog takes none), the PIN in the
+// final poll, then a terminate after which a poll comes back as it was sent.
+TEST_F(E2eVerifyTest, AsynchronousDialogIsPolledUpdatedAnsweredAndTerminated) {
     tagBlkUiParam req = NyE2eVerifyRequest(4, 16, UI_MODE_ASYNC);
     tagBlkUiParam resp;
     ASSERT_EQ(NY_OK, m_pClient->Exchange(&req, &resp));
     EXPECT_EQ(UI_RESULT_PENDING, resp.enRes);
     ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
-    EXPECT_EQ(UI_RESULT_PENDING, Poll(&resp));
-
-    // An update reaches the dialog (which takes no updates) and is answered as accepted.
-    tagBlkUiParam update = req;
-    update.enUiCmdType = UI_CMD_UPDATE;
-    ASSERT_EQ(NY_OK, m_pClient->Exchange(&update, &resp));
+    ASSERT_EQ(NY_OK, m_pClient->SendCommand(UI_CMD_GET_STATUS, &resp));
+    EXPECT_EQ(UI_RESULT_PENDING, resp.enRes);
+    req.enUiCmdType = UI_CMD_UPDATE;
+    ASSERT_EQ(NY_OK, m_pClient->Exchange(&req, &resp));
     EXPECT_EQ(UI_RESULT_OK, resp.enRes);
     EXPECT_EQ(1u, NyE2eVerifyWindows());
 
@@ -69,22 +59,10 @@ TEST_F(E2eVerifyTest, AsynchronousStartPollsPendingThenTheFinalPollCarriesThePin
     EXPECT_EQ(UI_RESULT_OK, resp.enRes);
     EXPECT_EQ("abcd1234", NyE2ePin(resp));
     EXPECT_EQ(8u, NyUiParamGetU4(&resp, UI_OFS_VERIFY_PIN_LEN));
-
-    ASSERT_EQ(NY_OK, m_pClient->SendCommand(UI_CMD_TERMINATE, &resp));
-    EXPECT_EQ(UI_RESULT_OK, resp.enRes);
-}
-
-TEST_F(E2eVerifyTest, TerminateClosesTheShownDialog) {
-    tagBlkUiParam req = NyE2eVerifyRequest(6, 16, UI_MODE_ASYNC);
-    tagBlkUiParam resp;
-    ASSERT_EQ(NY_OK, m_pClient->Exchange(&req, &resp));
-    ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
     ASSERT_EQ(NY_OK, m_pClient->SendCommand(UI_CMD_TERMINATE, &resp));
     EXPECT_EQ(UI_RESULT_OK, resp.enRes);
     EXPECT_TRUE(NyE2eWaitNoVerifyWindow());
-    // No dialog is held any more: a poll comes back as it was sent.
-    tagBlkUiParam poll;
-    memset(&poll, 0, sizeof(poll));
+    tagBlkUiParam poll = NyE2eVerifyRequest(0, 0);
     poll.enUiCmdType = UI_CMD_GET_STATUS;
     poll.enRes = 0x77;
     ASSERT_EQ(NY_OK, m_pClient->Exchange(&poll, &resp));
@@ -105,13 +83,5 @@ TEST_F(E2eVerifyTest, TerminateRightAfterTheStartAnswersPromptlyAndLeavesNoWindo
     EXPECT_TRUE(NyE2eWaitNoVerifyWindow());
     usleep(500 * 1000);  // a window that came up late would show now
     EXPECT_EQ(0u, NyE2eVerifyWindows());
-    // The session still works: a new dialog comes and goes.
-    tagBlkUiParam req = NyE2eVerifyRequest(1, 16, UI_MODE_ASYNC);
-    tagBlkUiParam resp;
-    ASSERT_EQ(NY_OK, m_pClient->Exchange(&req, &resp));
-    ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
-    NyE2eEnterPin(m_server.Pid(), "x1");
-    ASSERT_EQ(NY_OK, m_pClient->PollUntilDone(&resp, 20, NY_E2E_WAIT_MS));
-    EXPECT_EQ("x1", NyE2ePin(resp));
-    m_pClient->SendCommand(UI_CMD_TERMINATE, &resp);
+    EXPECT_EQ("x1", m_server.AnswerVerify(m_pClient.get(), "x1"));  // the session still works
 }

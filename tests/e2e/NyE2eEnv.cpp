@@ -17,7 +17,7 @@ constexpr unsigned int NY_TXT_VERIFY_CAPTION = 0x21007F;
 
 class CE2eEnvironment : public testing::Environment {
 public:
-    void SetUp() override { ASSERT_TRUE(m_display.Start(true, true)); }
+    void SetUp() override { m_display.Start(true, true); }
     void TearDown() override { m_display.Stop(); }
 
 private:
@@ -26,17 +26,33 @@ private:
 
 testing::Environment* const g_pEnvironment = testing::AddGlobalTestEnvironment(new CE2eEnvironment);
 
-int CountEntries(const std::string& strDir) {
-    DIR* pDir = opendir(strDir.c_str());
-    if (pDir == nullptr) {
-        return -1;
+// The names in a directory (dot entries aside).
+std::vector<std::string> Entries(const std::string& strDir) {
+    std::vector<std::string> v;
+    if (DIR* pDir = opendir(strDir.c_str())) {
+        while (struct dirent* pEntry = readdir(pDir)) {
+            if (pEntry->d_name[0] != '.') {
+                v.push_back(pEntry->d_name);
+            }
+        }
+        closedir(pDir);
     }
-    int nCount = 0;
-    while (struct dirent* pEntry = readdir(pDir)) {
-        nCount += pEntry->d_name[0] != '.';
+    return v;
+}
+
+bool IdContainedInAnotherLiveId(pid_t pid) {
+    std::string strPid = std::to_string(pid);
+    for (const std::string& strEntry : Entries("/proc")) {
+        if (strEntry != strPid && strEntry.find(strPid) != std::string::npos &&
+            strEntry.find_first_not_of("0123456789") == std::string::npos) {
+            return true;
+        }
     }
-    closedir(pDir);
-    return nCount;
+    return false;
+}
+
+std::string VerifyTitle() {
+    return "^" + NyGuiTestText(NY_TXT_VERIFY_TITLE) + "$";
 }
 
 }  // namespace
@@ -55,12 +71,31 @@ std::unique_ptr<CNyUiClient> CE2eServer::Connect(uint32_t u4InteractionId) const
     return pClient;
 }
 
+pid_t CE2eServer::SpawnUictl(std::vector<std::string> vArgs, const std::string& strOutput) const {
+    vArgs.insert(vArgs.begin(), NyTestBinPath("ukey-uictl"));
+    vArgs.insert(vArgs.end(), {"--main", MainName()});
+    return NyTestSpawn(vArgs, strOutput,
+                       [](pid_t pid) { return !IdContainedInAnotherLiveId(pid); });
+}
+
+std::string CE2eServer::AnswerVerify(CNyUiClient* pClient, const std::string& strPin) const {
+    tagBlkUiParam req = NyE2eVerifyRequest(1, 16, UI_MODE_ASYNC);
+    tagBlkUiParam resp;
+    EXPECT_EQ(NY_OK, pClient->Exchange(&req, &resp));
+    EXPECT_FALSE(NyE2eWaitVerifyWindow().empty());
+    NyE2eEnterPin(Pid(), strPin);
+    EXPECT_EQ(NY_OK, pClient->PollUntilDone(&resp, 20, NY_E2E_WAIT_MS));
+    std::string strAnswer = NyE2ePin(resp);
+    pClient->SendCommand(UI_CMD_TERMINATE, &resp);
+    return strAnswer;
+}
+
 int CE2eServer::OpenFds() const {
-    return CountEntries("/proc/" + std::to_string(Pid()) + "/fd");
+    return int(Entries("/proc/" + std::to_string(Pid()) + "/fd").size());
 }
 
 int CE2eServer::Threads() const {
-    return CountEntries("/proc/" + std::to_string(Pid()) + "/task");
+    return int(Entries("/proc/" + std::to_string(Pid()) + "/task").size());
 }
 
 tagBlkUiParam NyE2eVerifyRequest(uint32_t u4Min, uint32_t u4Max, uint32_t u4Mode) {
@@ -74,20 +109,16 @@ std::string NyE2ePin(const tagBlkUiParam& blk) {
     return std::string(sz, strnlen(sz, NY_UI_PIN_FIELD_SIZE));
 }
 
-std::string NyE2eVerifyTitle() {
-    return NyGuiTestText(NY_TXT_VERIFY_TITLE);
-}
-
 std::string NyE2eWaitVerifyWindow() {
-    return NyTestWaitWindow("^" + NyE2eVerifyTitle() + "$", NY_E2E_WAIT_MS);
+    return NyTestWaitWindow(VerifyTitle(), NY_E2E_WAIT_MS);
 }
 
-bool NyE2eWaitNoVerifyWindow(unsigned int u4TimeoutMs) {
-    return NyTestWaitNoWindow("^" + NyE2eVerifyTitle() + "$", u4TimeoutMs);
+bool NyE2eWaitNoVerifyWindow() {
+    return NyTestWaitNoWindow(VerifyTitle(), NY_E2E_WAIT_MS);
 }
 
 size_t NyE2eVerifyWindows() {
-    return NyTestFindWindows("^" + NyE2eVerifyTitle() + "$").size();
+    return NyTestFindWindows(VerifyTitle()).size();
 }
 
 void NyE2eEnterPin(pid_t pidServer, const std::string& strPin) {

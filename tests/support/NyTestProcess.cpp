@@ -34,7 +34,8 @@ pid_t NyTestForkChild(const std::function<int()>& pfn) {
     return pid;
 }
 
-pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile) {
+pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile,
+                  const std::function<bool(pid_t)>& pfnAcceptId) {
     if (vArgs.empty()) {
         return -1;
     }
@@ -43,20 +44,35 @@ pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strO
         vArgv.push_back(const_cast<char*>(str.c_str()));
     }
     vArgv.push_back(nullptr);
-    pid_t pid = fork();
-    if (pid == 0) {
-        if (!strOutputFile.empty()) {
-            int fd = open(strOutputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            if (fd >= 0) {
+    for (;;) {
+        int aiGo[2];  // the child waits for the verdict on its id before it runs the program
+        if (pipe(aiGo) != 0) {
+            return -1;
+        }
+        pid_t pid = fork();
+        if (pid == 0) {
+            char chGo = 0;
+            close(aiGo[1]);
+            if (read(aiGo[0], &chGo, 1) != 1 || chGo != 'y') {
+                _exit(127);
+            }
+            if (!strOutputFile.empty()) {
+                int fd = open(strOutputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
                 dup2(fd, STDOUT_FILENO);
                 dup2(fd, STDERR_FILENO);
-                close(fd);
             }
+            execv(vArgv[0], vArgv.data());
+            _exit(127);
         }
-        execv(vArgv[0], vArgv.data());
-        _exit(127);
+        close(aiGo[0]);
+        bool bAccept = pid < 0 || !pfnAcceptId || pfnAcceptId(pid);
+        ssize_t cb = write(aiGo[1], bAccept ? "y" : "n", 1);
+        close(aiGo[1]);
+        if (bAccept || cb != 1) {
+            return pid;
+        }
+        waitpid(pid, nullptr, 0);
     }
-    return pid;
 }
 
 int NyTestWaitChild(pid_t pid, unsigned int u4TimeoutMs) {

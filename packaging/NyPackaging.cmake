@@ -40,20 +40,22 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PACKAGE_CONTACT "UKey UI server team <ukey-ui@example.org>")
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${CPACK_PACKAGE_CONTACT})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "PIN and message dialogs for USB token libraries")
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION_SUMMARY}
- A user-interface server for the middleware of USB security tokens: token
- libraries send requests over shared memory and the server shows one modal
- GTK+ 2 dialog at a time (verify, new or changed PIN, unblock, label, message,
- confirmation) and answers with what the person entered.
- .
- The package holds the server, the ukey-uictl, ukey-logview and ukey-cfg tools,
- and the ukey-uiclient library (shared and static, C header, pkg-config file)
- that token libraries link.")
+set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "A user-interface server for the middleware of USB security tokens: token
+libraries send requests over shared memory and the server shows one modal
+GTK+ 2 dialog at a time (verify, new or changed PIN, unblock, label, message,
+confirmation) and answers with what the person entered.
+
+The package holds the server, the ukey-uictl, ukey-logview and ukey-cfg tools,
+and the ukey-uiclient library (shared and static, C header, pkg-config file)
+that token libraries link.")
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# A shlibs file and the ldconfig trigger for the shared client library.
+# The shared client library: a shlibs entry for the packages built against it, and the
+# ldconfig trigger lintian asks for.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

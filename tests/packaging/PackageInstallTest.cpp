@@ -62,9 +62,9 @@ TEST_F(PackageInstallTest, EveryPieceIsInItsPlaceAndTheToolsFindTheInstalledServ
     ASSERT_EQ(0, Run(m_strRoot + "bin/ukey-uictl raw --cmd 3 --json"));
     EXPECT_EQ(0u, ReadFile(m_strDest + "/out.log").find("{\"")) << ReadFile(m_strDest + "/out.log");
     // The static library holds everything but the system libraries it names.
-    EXPECT_EQ(0, Run("cc -Wall -Werror " NY_TEST_EXAMPLE " " + PkgConfig("--cflags") + " " +
-                     m_strRoot + strLib + ".a " + PkgConfig("--static --libs") + " -o " +
-                     m_strDest + "/ask_pin_static"))
+    EXPECT_EQ(0, Run(NY_TEST_CC " " NY_TEST_EXAMPLE " " + PkgConfig("--cflags") + " " + m_strRoot +
+                     strLib + ".a " + PkgConfig("--static --libs") + " -o " + m_strDest +
+                     "/ask_pin_static"))
         << ReadFile(m_strDest + "/out.log");
 }
 
@@ -73,8 +73,8 @@ TEST_F(PackageInstallTest, CExampleBuiltThroughPkgConfigGetsTheTypedPin) {
     EXPECT_NE(std::string::npos,
               ReadFile(NY_TEST_SOURCE_DIR "/README.md").find(ReadFile(NY_TEST_EXAMPLE)));
     const std::string strExample = m_strDest + "/ask_pin";
-    ASSERT_EQ(0, Run("cc -Wall -Wextra -Werror " NY_TEST_EXAMPLE " " +
-                     PkgConfig("--cflags --libs") + " -o " + strExample))
+    ASSERT_EQ(0, Run(NY_TEST_CC " " NY_TEST_EXAMPLE " " + PkgConfig("--cflags --libs") + " -o " +
+                     strExample))
         << ReadFile(m_strDest + "/out.log");
     setenv("LD_LIBRARY_PATH", (m_strRoot + NY_TEST_LIBDIR).c_str(), 1);
     CNyTestChild example(NyTestSpawn({strExample}, m_strDest + "/answer.txt"));

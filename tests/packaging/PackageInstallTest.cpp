@@ -5,10 +5,11 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "NyE2eEnv.h"
+#include "NyUiClientC.h"
 #include "support/CNyTestChild.h"
 #include "support/NyTestProcess.h"
 
@@ -16,9 +17,7 @@ namespace {
 
 std::string ReadFile(const std::string& strPath) {
     std::ifstream in(strPath);
-    std::stringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 class PackageInstallTest : public testing::Test {
@@ -57,7 +56,6 @@ TEST_F(PackageInstallTest, EveryPieceIsInItsPlaceAndTheToolsFindTheInstalledServ
         EXPECT_EQ(0, access((m_strRoot + strFile).c_str(), R_OK)) << strFile;
     }
     EXPECT_NE(0, access((m_strRoot + "bin/res").c_str(), F_OK));
-    EXPECT_NE(0, access((m_strRoot + "bin/ukey-uiserver").c_str(), F_OK));
     // A status request needs a server: an answer shows the installed one was started.
     ASSERT_EQ(0, Run(m_strRoot + "bin/ukey-uictl raw --cmd 3 --json"));
     EXPECT_EQ(0u, ReadFile(m_strDest + "/out.log").find("{\"")) << ReadFile(m_strDest + "/out.log");
@@ -80,13 +78,31 @@ TEST_F(PackageInstallTest, CExampleBuiltThroughPkgConfigGetsTheTypedPin) {
     CNyTestChild example(NyTestSpawn({strExample}, m_strDest + "/answer.txt"));
     ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
     // The server the library started is the installed one, found beside the library.
-    pid_t pidServer = atoi(ReadFile("/proc/" + std::to_string(example.Pid()) + "/task/" +
-                                    std::to_string(example.Pid()) + "/children")
-                               .c_str());
-    char szExe[4096] = {};
-    ASSERT_GT(readlink(("/proc/" + std::to_string(pidServer) + "/exe").c_str(), szExe, 4095), 0);
-    EXPECT_EQ(m_strRoot + "libexec/ukey-uiserver/ukey-uiserver", szExe);
+    const std::string strPid = std::to_string(example.Pid());
+    pid_t pidServer = atoi(ReadFile("/proc/" + strPid + "/task/" + strPid + "/children").c_str());
+    EXPECT_EQ(
+        m_strRoot + "libexec/ukey-uiserver/ukey-uiserver",
+        std::filesystem::read_symlink("/proc/" + std::to_string(pidServer) + "/exe").string());
     NyE2eEnterPin(pidServer, "secret42");
     EXPECT_EQ(0, example.Wait(NY_E2E_WAIT_MS));
     EXPECT_EQ("PIN of 8 characters: secret42\n", ReadFile(m_strDest + "/answer.txt"));
+}
+
+TEST(NyUiClientC, JoinsARunningServerChecksItsArgumentsAndReportsAServerThatDidNotStart) {
+    CE2eServer server;
+    ASSERT_TRUE(server.Started());
+    NyUiSessionOptions options = {server.MainName().c_str(), nullptr, 7, 0};
+    NyUiSession* pSession = nullptr;
+    ASSERT_EQ(NYUI_OK, NyUiSessionStart(&options, &pSession));
+    NyUiPinRequest request = {6, NYUI_PIN_MAX_LEN + 1, 0};
+    NyUiPinAnswer answer;
+    EXPECT_EQ(NYUI_ERR_BAD_ARGUMENT, NyUiSessionAskPin(pSession, &request, &answer));
+    tagBlkUiParam blkStatus = NyGuiTestRequest(UI_CMD_GET_STATUS, 0, 0), blkAnswer;
+    EXPECT_EQ(NYUI_OK, NyUiSessionRequest(pSession, &blkStatus, &blkAnswer));
+    EXPECT_EQ(NYUI_ANSWER_NOT_PROCESSED, blkAnswer.enRes);
+    NyUiSessionEnd(pSession);
+
+    options = {nullptr, "/nonexistent/ukey-uiserver", 1, 0};
+    EXPECT_EQ(NYUI_ERR_NOT_STARTED, NyUiSessionStart(&options, &pSession));
+    EXPECT_EQ(nullptr, pSession);
 }

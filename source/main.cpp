@@ -2,9 +2,12 @@
 #include <X11/Xlib.h>
 #include <gtk/gtk.h>
 #include <signal.h>
+#include <stdio.h>
+#include <string.h>
 
 #include "GUIService.h"
 #include "MainServer.h"
+#include "NyVersion.h"
 #include "SessionManager.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
@@ -63,9 +66,30 @@ uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
     return u4Result;
 }
 
+// "--help" and "--version" are answered here (no client names its main session that way).
+bool AnswerInfoOption(int argc, char** argv) {
+    if (argc == 2 && strcmp(argv[1], "--version") == 0) {
+        printf("ukey-uiserver %s\n", NY_VERSION_STRING);
+        return true;
+    }
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        printf(
+            "Usage: ukey-uiserver MAIN_SESSION_NAME\n"
+            "The UI server: shows PIN and message dialogs for the clients of the main\n"
+            "session MAIN_SESSION_NAME. Its clients start it; SIGTERM or SIGINT ends it.\n"
+            "  --help     print this help and exit\n"
+            "  --version  print the version and exit\n");
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (AnswerInfoOption(argc, argv)) {
+        return 0;
+    }
     NY_LOG(LOG_INFO, "start UI server!");
     InitGui(&argc, &argv);
     NyCommonLibInit();

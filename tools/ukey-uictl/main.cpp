@@ -48,8 +48,8 @@ int Run(const BlkUictlCommandTag* pCommand, const BlkUictlOptionsTag& options,
     if (u4Result != NY_OK) {
         char szCode[32];
         snprintf(szCode, sizeof(szCode), " (error 0x%08X)", u4Result);
-        return Fail(UictlExitForFailure(u4Result),
-                    strError + (u4Result == UICTL_ERR_INTERRUPTED ? "" : szCode));
+        int iExit = UictlExitForFailure(u4Result);
+        return Fail(iExit, strError + (iExit == UICTL_EXIT_CONNECTION ? szCode : ""));
     }
     fputs(UictlFormatAnswer(&blkAnswer, options.bJson, pCommand->bPrintBlock,
                             options.bKeep ? strMain : "")

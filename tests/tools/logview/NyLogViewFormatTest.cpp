@@ -11,31 +11,14 @@
 
 namespace {
 
-// Runs the test in a fixed time zone and puts the process's own back afterwards.
+// Runs the test in a fixed time zone (this program's other tests do not depend on one).
 class NyLogViewFormat : public ::testing::Test {
 protected:
-    void SetUp() override {
-        const char* szTz = getenv("TZ");
-        m_bHadTz = szTz != nullptr;
-        m_strTz = m_bHadTz ? szTz : "";
-        UseZone("UTC0");
-    }
-    void TearDown() override {
-        if (m_bHadTz) {
-            setenv("TZ", m_strTz.c_str(), 1);
-        } else {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
+    void SetUp() override { UseZone("UTC0"); }
     static void UseZone(const char* szTz) {
         setenv("TZ", szTz, 1);
         tzset();
     }
-
-private:
-    bool m_bHadTz = false;
-    std::string m_strTz;
 };
 
 // 2026-11-23 08:36:18.123456 UTC.
@@ -46,7 +29,6 @@ tagBlkLogItem MakeItem(uint32_t u4Level, const char* szSource, const char* szMes
     memset(&item, 0, sizeof(item));
     item.u4Level = u4Level;
     item.u8Time = cg_u8Stamp;
-    item.u8TimeCopy = cg_u8Stamp;
     item.u4Pid = 4321;
     item.u4Tid = 4322;
     item.u4Line = 77;
@@ -55,47 +37,45 @@ tagBlkLogItem MakeItem(uint32_t u4Level, const char* szSource, const char* szMes
     return item;
 }
 
-}  // namespace
-
-TEST_F(NyLogViewFormat, TimeIsLocalWithMilliseconds) {
-    EXPECT_EQ(NyLogViewFormatTime(cg_u8Stamp, false), "2026-11-23 08:36:18.123");
-    EXPECT_EQ(NyLogViewFormatTime(cg_u8Stamp, true), "2026-11-23T08:36:18.123+00:00");
+TEST_F(NyLogViewFormat, TimeIsLocalWithMillisecondsAndAMissingOneIsADash) {
+    EXPECT_EQ("2026-11-23 08:36:18.123", NyLogViewFormatTime(cg_u8Stamp, false));
+    EXPECT_EQ("2026-11-23T08:36:18.123+00:00", NyLogViewFormatTime(cg_u8Stamp, true));
+    EXPECT_EQ("-", NyLogViewFormatTime(0, false));
+    EXPECT_EQ("1970-01-01 00:00:00.000", NyLogViewFormatTime(1, false));
     UseZone("CST-8");
-    EXPECT_EQ(NyLogViewFormatTime(cg_u8Stamp, false), "2026-11-23 16:36:18.123");
-    EXPECT_EQ(NyLogViewFormatTime(cg_u8Stamp, true), "2026-11-23T16:36:18.123+08:00");
+    EXPECT_EQ("2026-11-23 16:36:18.123", NyLogViewFormatTime(cg_u8Stamp, false));
+    EXPECT_EQ("2026-11-23T16:36:18.123+08:00", NyLogViewFormatTime(cg_u8Stamp, true));
     UseZone("NST+3:30");
-    EXPECT_EQ(NyLogViewFormatTime(cg_u8Stamp, true), "2026-11-23T05:06:18.123-03:30");
-    UseZone("UTC0");
-    EXPECT_EQ(NyLogViewFormatTime(0, false), "1970-01-01 00:00:00.000");
+    EXPECT_EQ("2026-11-23T05:06:18.123-03:30", NyLogViewFormatTime(cg_u8Stamp, true));
 }
 
-TEST_F(NyLogViewFormat, TextLineShowsEveryFieldInOrder) {
+TEST_F(NyLogViewFormat, TextLineShowsEveryFieldInOrderOnOneLine) {
     const struct {
         uint32_t u4Level;
+        const char* szMessage;
         const char* szExpected;
     } aCases[] = {
-        {LOG_TRACE,
+        {LOG_TRACE, "start UI server!",
          "2026-11-23 08:36:18.123 TRACE [4321:4322] source/GUIverify.cpp:77 start UI server!"},
-        {LOG_INFO,
-         "2026-11-23 08:36:18.123 INFO [4321:4322] source/GUIverify.cpp:77 start UI server!"},
-        {LOG_ERROR,
-         "2026-11-23 08:36:18.123 ERROR [4321:4322] source/GUIverify.cpp:77 start UI server!"},
-        {9, "2026-11-23 08:36:18.123 9 [4321:4322] source/GUIverify.cpp:77 start UI server!"},
+        {LOG_INFO, "a\r\nb\n",
+         "2026-11-23 08:36:18.123 INFO [4321:4322] source/GUIverify.cpp:77 a\\r\\nb\\n"},
+        {LOG_ERROR, "x", "2026-11-23 08:36:18.123 ERROR [4321:4322] source/GUIverify.cpp:77 x"},
+        {9, "x", "2026-11-23 08:36:18.123 9 [4321:4322] source/GUIverify.cpp:77 x"},
     };
     for (const auto& c : aCases) {
-        tagBlkLogItem item = MakeItem(c.u4Level, "source/GUIverify.cpp", "start UI server!");
-        EXPECT_EQ(NyLogViewFormatText(item), c.szExpected);
+        EXPECT_EQ(c.szExpected,
+                  NyLogViewFormatText(MakeItem(c.u4Level, "source/GUIverify.cpp", c.szMessage)));
     }
 }
 
 TEST_F(NyLogViewFormat, JsonLineCarriesEveryFieldEscaped) {
     tagBlkLogItem item = MakeItem(LOG_ERROR, "source/a\\b.cpp", "say \"hi\"\n\tand\x01 stop");
     EXPECT_EQ(
-        NyLogViewFormatJson(item),
         "{\"time\":\"2026-11-23T08:36:18.123+00:00\",\"time100ns\":" + std::to_string(cg_u8Stamp) +
             ",\"level\":3,\"levelName\":\"ERROR\",\"pid\":4321,\"tid\":4322,"
             "\"source\":\"source/a\\\\b.cpp\",\"line\":77,"
-            "\"message\":\"say \\\"hi\\\"\\n\\tand\\u0001 stop\"}");
+            "\"message\":\"say \\\"hi\\\"\\n\\tand\\u0001 stop\"}",
+        NyLogViewFormatJson(item));
 }
 
 TEST_F(NyLogViewFormat, UnterminatedFieldsEndAtTheirSize) {
@@ -103,39 +83,36 @@ TEST_F(NyLogViewFormat, UnterminatedFieldsEndAtTheirSize) {
     memset(item.szSource, 'S', sizeof(item.szSource));
     memset(item.szMessage, 'M', sizeof(item.szMessage));
     std::string strLine = NyLogViewFormatText(item);
-    EXPECT_NE(strLine.find(std::string(sizeof(item.szSource), 'S') + ":77 "), std::string::npos);
-    EXPECT_EQ(strLine.size() - strLine.rfind(' ') - 1, sizeof(item.szMessage));
+    EXPECT_NE(std::string::npos, strLine.find(std::string(sizeof(item.szSource), 'S') + ":77 "));
+    EXPECT_EQ(sizeof(item.szMessage), strLine.size() - strLine.rfind(' ') - 1);
 }
 
-TEST(NyLogViewText, MessagesBecomeUtf8) {
+TEST(NyLogViewText, MessagesBecomeUtf8AndJsonStringsAreEscaped) {
     const struct {
-        const char* szCase;
         std::string strIn;
         std::string strOut;
-    } aCases[] = {
-        {"ASCII", "u4Result = E0600007", "u4Result = E0600007"},
-        {"UTF-8 kept", "\xE4\xB8\xAD\xE6\x96\x87 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},
-        {"GB18030 converted", "\xD6\xD0\xCE\xC4 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},
-        {"neither: replaced", "a\xFF\xFF", "a\xEF\xBF\xBD\xEF\xBF\xBD"},
-        {"cut at NUL", std::string("ab\0cd", 5), "ab"},
+    } aUtf8[] = {
+        {"u4Result = E0600007", "u4Result = E0600007"},
+        {"\xE4\xB8\xAD\xE6\x96\x87 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},  // UTF-8 kept
+        {"\xD6\xD0\xCE\xC4 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},          // GB18030 converted
+        {"a\xFF\xFF", "a\xEF\xBF\xBD\xEF\xBF\xBD"},                        // neither: replaced
+        {std::string("ab\0cd", 5), "ab"},
     };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(NyLogViewToUtf8(c.strIn.data(), c.strIn.size()), c.strOut) << c.szCase;
+    for (const auto& c : aUtf8) {
+        EXPECT_EQ(c.strOut, NyLogViewToUtf8(c.strIn.data(), c.strIn.size())) << c.strIn;
     }
-}
-
-TEST(NyLogViewText, JsonStringsEscapeQuotesBackslashesAndControls) {
     const struct {
         std::string strIn;
         std::string strOut;
-    } aCases[] = {
-        {"plain", "\"plain\""},
+    } aJson[] = {
         {"a\"b\\c", "\"a\\\"b\\\\c\""},
         {"\r\n\t", "\"\\r\\n\\t\""},
         {std::string("\x01\x1F\x7F", 3), "\"\\u0001\\u001f\\u007f\""},
         {"\xE4\xB8\xAD", "\"\xE4\xB8\xAD\""},
     };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(NyLogViewJsonString(c.strIn), c.strOut) << c.strIn;
+    for (const auto& c : aJson) {
+        EXPECT_EQ(c.strOut, NyLogViewJsonString(c.strIn)) << c.strIn;
     }
 }
+
+}  // namespace

@@ -8,100 +8,88 @@
 
 namespace {
 
-uint32_t Parse(std::vector<const char*> vArgs, BlkLogViewOptionsTag& opts, std::string& strError) {
+uint32_t Parse(std::vector<std::string> vArgs, BlkLogViewOptionsTag& opts, std::string& strError) {
     vArgs.insert(vArgs.begin(), "ukey-logview");
-    return NyLogViewParseOptions(static_cast<int>(vArgs.size()), vArgs.data(), opts, strError);
-}
-
-}  // namespace
-
-TEST(NyLogViewOptions, DefaultsReadTheMachineWideQueueOnceAsText) {
-    BlkLogViewOptionsTag opts;
-    std::string strError;
-    ASSERT_EQ(Parse({}, opts, strError), NY_OK);
-    EXPECT_FALSE(opts.bFollow);
-    EXPECT_FALSE(opts.bJson);
-    EXPECT_FALSE(opts.bHelp);
-    EXPECT_EQ(opts.u4MinLevel, 0u);
-    EXPECT_TRUE(opts.vPids.empty());
-    EXPECT_EQ(opts.strQueue, "/NyShmLog-4b1a");
-    EXPECT_EQ(opts.u4Capacity, 32768u);
-}
-
-TEST(NyLogViewOptions, ShortLongAndInlineSpellingsAreAccepted) {
-    BlkLogViewOptionsTag opts;
-    std::string strError;
-    ASSERT_EQ(Parse({"-f", "--json", "--level=Error", "-p", "12", "--pid=34", "--pid", "56", "-q",
-                     "/NyTestQueue", "--capacity=64", "-h"},
-                    opts, strError),
-              NY_OK)
-        << strError;
-    EXPECT_TRUE(opts.bFollow);
-    EXPECT_TRUE(opts.bJson);
-    EXPECT_TRUE(opts.bHelp);
-    EXPECT_EQ(opts.u4MinLevel, 3u);
-    EXPECT_EQ(opts.vPids, (std::vector<uint32_t>{12, 34, 56}));
-    EXPECT_EQ(opts.strQueue, "/NyTestQueue");
-    EXPECT_EQ(opts.u4Capacity, 64u);
-
-    const struct {
-        const char* szLevel;
-        uint32_t u4Level;
-    } aLevels[] = {{"trace", 1}, {"INFO", 2}, {"error", 3}, {"7", 7}, {"0", 0}};
-    for (const auto& c : aLevels) {
-        BlkLogViewOptionsTag optsLevel;
-        ASSERT_EQ(Parse({"-l", c.szLevel}, optsLevel, strError), NY_OK) << c.szLevel;
-        EXPECT_EQ(optsLevel.u4MinLevel, c.u4Level) << c.szLevel;
+    std::vector<char*> vArgv;
+    for (std::string& str : vArgs) {
+        vArgv.push_back(&str[0]);
     }
+    return NyLogViewParseOptions(static_cast<int>(vArgv.size()), vArgv.data(), opts, strError);
 }
 
-TEST(NyLogViewOptions, BadCommandLinesAreRefusedWithAReason) {
+TEST(NyLogViewOptions, ValuesAreStoredAndFiltersPeekUnlessToldToTake) {
+    BlkLogViewOptionsTag opts;
+    std::string strError;
+    ASSERT_EQ(NY_OK, Parse({}, opts, strError));
+    EXPECT_EQ("/NyShmLog-4b1a", opts.strQueue);
+    EXPECT_EQ(32768u, opts.u4Capacity);
+    EXPECT_FALSE(NyLogViewPeeks(opts));
+    ASSERT_EQ(NY_OK, Parse({"-f", "-j", "--level=Error", "-p", "12", "--pid=34", "-q",
+                            "/NyTestQueue", "--capacity=64", "--create"},
+                           opts, strError))
+        << strError;
+    EXPECT_TRUE(opts.bFollow && opts.bJson && opts.bCreate);
+    EXPECT_EQ(3u, opts.u4MinLevel);
+    EXPECT_EQ((std::vector<uint32_t>{12, 34}), opts.vPids);
+    EXPECT_EQ("/NyTestQueue", opts.strQueue);
+    EXPECT_EQ(64u, opts.u4Capacity);
+    EXPECT_TRUE(NyLogViewPeeks(opts));
+    opts.bTake = true;
+    EXPECT_FALSE(NyLogViewPeeks(opts));
+    BlkLogViewOptionsTag peek;
+    ASSERT_EQ(NY_OK, Parse({"--peek", "-l", "7"}, peek, strError));
+    EXPECT_TRUE(NyLogViewPeeks(peek));
+    EXPECT_EQ(7u, peek.u4MinLevel);
+}
+
+TEST(NyLogViewOptions, BadValuesAreRefusedWithAReason) {
     const struct {
-        std::vector<const char*> vArgs;
+        std::vector<std::string> vArgs;
         const char* szReason;
     } aCases[] = {
-        {{"--what"}, "unknown option '--what'"},
-        {{"-x"}, "unknown option '-x'"},
-        {{"-l"}, "--level needs"},
         {{"-l", "loud"}, "--level needs"},
         {{"-l", "-1"}, "--level needs"},
         {{"-p", "0"}, "--pid needs"},
         {{"-p", "12x"}, "--pid needs"},
-        {{"--pid="}, "--pid needs"},
         {{"-p", "4294967296"}, "--pid needs"},
         {{"-c", "48"}, "--capacity needs"},
         {{"-c", "2"}, "--capacity needs"},
         {{"-q", "NoSlash"}, "--queue needs"},
         {{"-q", "/a/b"}, "--queue needs"},
         {{"-q", "/"}, "--queue needs"},
+        {{"stray"}, "unexpected argument"},
+        {{"--peek", "--take"}, "exclude each other"},
+        {{"--create"}, "--create needs --queue"},
+        {{"--bogus"}, "unknown option '--bogus'"},
     };
     for (const auto& c : aCases) {
         BlkLogViewOptionsTag opts;
         std::string strError;
-        EXPECT_EQ(Parse(c.vArgs, opts, strError), NY_ERR_INVALID_ARGUMENT) << c.szReason;
-        EXPECT_NE(strError.find(c.szReason), std::string::npos) << strError;
+        EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, Parse(c.vArgs, opts, strError)) << c.szReason;
+        EXPECT_NE(std::string::npos, strError.find(c.szReason)) << strError;
     }
 }
 
 TEST(NyLogViewOptions, FiltersSelectByMinimumLevelAndByProcess) {
     BlkLogViewOptionsTag opts;
+    tagBlkLogItem item = {};
+    EXPECT_TRUE(NyLogViewAccepts(opts, item));
     opts.u4MinLevel = LOG_INFO;
     opts.vPids = {100, 200};
     const struct {
         uint32_t u4Level;
         uint32_t u4Pid;
         bool bShown;
-    } aCases[] = {
-        {LOG_TRACE, 100, false}, {LOG_INFO, 100, true},   {LOG_ERROR, 200, true},
-        {9, 200, true},          {LOG_ERROR, 300, false},
-    };
+    } aCases[] = {{LOG_TRACE, 100, false},
+                  {LOG_INFO, 100, true},
+                  {LOG_ERROR, 200, true},
+                  {9, 200, true},
+                  {LOG_ERROR, 300, false}};
     for (const auto& c : aCases) {
-        tagBlkLogItem item = {};
         item.u4Level = c.u4Level;
         item.u4Pid = c.u4Pid;
-        EXPECT_EQ(NyLogViewAccepts(opts, item), c.bShown) << c.u4Level << "/" << c.u4Pid;
+        EXPECT_EQ(c.bShown, NyLogViewAccepts(opts, item)) << c.u4Level << "/" << c.u4Pid;
     }
-    BlkLogViewOptionsTag all;
-    tagBlkLogItem item = {};
-    EXPECT_TRUE(NyLogViewAccepts(all, item));
 }
+
+}  // namespace

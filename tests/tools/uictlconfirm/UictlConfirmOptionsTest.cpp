@@ -1,5 +1,4 @@
-// The options of the confirm and fingerprint commands, and the timetable options, as
-// ukey-uictl parses them into the request block.
+// ukey-uictl's options as it parses them into the request block and its own settings.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -11,99 +10,98 @@
 namespace {
 
 struct BlkParsedTag {
-    bool bOk = false;
+    EnToolParse enParse = NY_TOOL_BAD;
     std::string strError;
     BlkUictlOptionsTag options;
     tagBlkUiParam blkReq = {};
+    uint32_t Field(uint32_t u4Offset) const { return NyUiParamGetU4(&blkReq, u4Offset); }
 };
 
-BlkParsedTag Parse(const std::vector<std::string>& vArgs) {
-    std::vector<std::string> vArgv = {"ukey-uictl"};
-    vArgv.insert(vArgv.end(), vArgs.begin(), vArgs.end());
-    std::vector<char*> vPointers;
-    for (std::string& str : vArgv) {
-        vPointers.push_back(&str[0]);
+BlkParsedTag Parse(std::vector<std::string> vArgs) {
+    vArgs.insert(vArgs.begin(), "ukey-uictl");
+    std::vector<char*> vArgv;
+    for (std::string& str : vArgs) {
+        vArgv.push_back(&str[0]);
     }
     BlkParsedTag parsed;
-    const BlkUictlCommandTag* pCommand = UictlFindCommand(vArgs.at(0));
-    EXPECT_NE(nullptr, pCommand) << vArgs.at(0);
+    const BlkUictlCommandTag* pCommand = UictlFindCommand(vArgs.at(1));
+    EXPECT_NE(nullptr, pCommand) << vArgs.at(1);
     if (pCommand != nullptr) {
-        parsed.bOk = UictlParseOptions(static_cast<int>(vPointers.size()), vPointers.data(), 2,
-                                       pCommand, &parsed.options, &parsed.blkReq, &parsed.strError);
+        parsed.enParse =
+            UictlParseOptions(static_cast<int>(vArgv.size()), vArgv.data(), 2, pCommand,
+                              &parsed.options, &parsed.blkReq, &parsed.strError);
     }
     return parsed;
 }
 
-uint32_t Field(const BlkParsedTag& parsed, uint32_t u4Offset) {
-    return NyUiParamGetU4(&parsed.blkReq, u4Offset);
-}
-
-}  // namespace
-
-TEST(UictlConfirmOptionsTest, ConfirmFieldsDefaultsAndItsOwnTimeout) {
-    BlkParsedTag bare = Parse({"confirm"});
-    ASSERT_TRUE(bare.bOk) << bare.strError;
-    EXPECT_EQ(UI_CMD_CONFIRM, bare.blkReq.enUiCmdType);
-    EXPECT_EQ(1u, Field(bare, UI_OFS_CONFIRM_KIND));
-    EXPECT_EQ(30u, Field(bare, UI_OFS_CONFIRM_TIMEOUT));
-    EXPECT_EQ(0u, Field(bare, UI_OFS_CONFIRM_CLOSABLE));
-    EXPECT_NE(UI_MODE_ASYNC, bare.blkReq.u4Mode);
-
-    BlkParsedTag full = Parse({"confirm", "--kind", "3", "--timeout", "45", "--closable",
-                               "--detail", "E06163CF", "--attempts=2", "--timeout=60"});
-    ASSERT_TRUE(full.bOk) << full.strError;
-    EXPECT_EQ(3u, Field(full, UI_OFS_CONFIRM_KIND));
-    EXPECT_EQ(60u, Field(full, UI_OFS_CONFIRM_TIMEOUT));  // the last one given
-    EXPECT_EQ(1u, Field(full, UI_OFS_CONFIRM_CLOSABLE));
-    EXPECT_EQ(UI_FP_VERIFY_FAILED, Field(full, UI_OFS_CONFIRM_DETAIL));
-    EXPECT_EQ(2u, Field(full, UI_OFS_CONFIRM_ATTEMPTS));
-    // --timeout is the device's time-out here, not the limit of the status polls.
-    EXPECT_EQ(NY_CLIENT_WAIT_FOREVER, full.options.u4TimeoutMs);
-
-    BlkParsedTag hex = Parse({"confirm", "--detail", "0xee"});
-    ASSERT_TRUE(hex.bOk) << hex.strError;
-    EXPECT_EQ(0xEEu, Field(hex, UI_OFS_CONFIRM_DETAIL));
-}
-
-TEST(UictlConfirmOptionsTest, FingerprintVerifiesUnlessToldToEnrol) {
+TEST(UictlConfirmOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
+    const uint32_t u4Wait = 0xFFFFFFF0;  // reads the --wait setting, not a field
     const struct {
         std::vector<std::string> vArgs;
-        uint32_t u4Kind;
+        std::vector<std::pair<uint32_t, uint32_t>> vFields;  // offset, value
     } aCases[] = {
-        {{"fingerprint"}, UI_CTT_FINGERPRINT_VERIFY},
-        {{"fingerprint", "--enrol"}, UI_CTT_FINGERPRINT_ENROL},
-        {{"fingerprint", "--verify"}, UI_CTT_FINGERPRINT_VERIFY},
-        {{"fingerprint", "--enrol", "--json"}, UI_CTT_FINGERPRINT_ENROL},
+        {{"confirm"},
+         {{0, 0},
+          {4, UI_CMD_CONFIRM},
+          {UI_OFS_CONFIRM_KIND, 1},
+          {UI_OFS_CONFIRM_TIMEOUT, 30},
+          {UI_OFS_CONFIRM_CLOSABLE, 0},
+          {u4Wait, 30}}},
+        {{"confirm", "--kind", "3", "--timeout", "45", "--closable", "--detail", "E06163CF",
+          "--attempts=2", "--timeout=60", "--wait", "50"},
+         {{UI_OFS_CONFIRM_KIND, 3},
+          {UI_OFS_CONFIRM_TIMEOUT, 60},
+          {UI_OFS_CONFIRM_CLOSABLE, 1},
+          {UI_OFS_CONFIRM_DETAIL, UI_FP_VERIFY_FAILED},
+          {UI_OFS_CONFIRM_ATTEMPTS, 2},
+          {u4Wait, 50}}},
+        {{"confirm", "--detail", "0xee", "--wait=90"},
+         {{UI_OFS_CONFIRM_DETAIL, 0xEE}, {u4Wait, 30}}},
+        {{"fingerprint"},
+         {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY}, {u4Wait, UICTL_NO_WAIT}}},
+        {{"fingerprint", "--enrol", "--json"}, {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_ENROL}}},
+        {{"fingerprint", "--enrol", "--verify"},
+         {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY}}},
+        {{"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"},
+         {{4, UI_CMD_MESSAGE}, {312, 0xE06163C3}, {316, 3}}},
+        {{"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"},
+         {{4, UI_CMD_CHANGE_PIN_FORCED},
+          {UI_OFS_CHANGE_MIN_LEN, 6},
+          {UI_OFS_CHANGE_MAX_LEN, 16},
+          {UI_OFS_CHANGE_PIN_KIND, 2}}},
     };
-    for (const auto& test : aCases) {
-        BlkParsedTag parsed = Parse(test.vArgs);
-        ASSERT_TRUE(parsed.bOk) << parsed.strError;
-        EXPECT_EQ(UI_CMD_CONFIRM, parsed.blkReq.enUiCmdType);
-        EXPECT_EQ(test.u4Kind, Field(parsed, UI_OFS_CONFIRM_KIND)) << test.vArgs.back();
+    for (const auto& c : aCases) {
+        BlkParsedTag parsed = Parse(c.vArgs);
+        ASSERT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
+        for (const auto& field : c.vFields) {
+            uint32_t u4Got =
+                field.first == u4Wait ? parsed.options.u4WaitS : parsed.Field(field.first);
+            EXPECT_EQ(field.second, u4Got) << c.vArgs.back() << " @" << field.first;
+        }
     }
-    // Without its own --timeout, the common one limits the polls as for every command.
-    BlkParsedTag polled = Parse({"fingerprint", "--timeout", "5000"});
-    ASSERT_TRUE(polled.bOk) << polled.strError;
-    EXPECT_EQ(5000u, polled.options.u4TimeoutMs);
+    EXPECT_EQ(9u, Parse({"message", "--id", "9"}).options.u4InteractionId);
 }
 
-TEST(UictlConfirmOptionsTest, TimetableIsCollectedAndRunsTheDialogAsynchronously) {
+TEST(UictlConfirmOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {
     BlkParsedTag parsed = Parse({"fingerprint", "--enrol", "--update-after", "1000:EF",
                                  "--update-after=250:0x000000EA", "--stop-after", "3000"});
-    ASSERT_TRUE(parsed.bOk) << parsed.strError;
+    ASSERT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
     ASSERT_EQ(2u, parsed.options.vUpdates.size());
     EXPECT_EQ(1000u, parsed.options.vUpdates[0].u4AfterMs);
     EXPECT_EQ(0xEFu, parsed.options.vUpdates[0].u4Detail);
     EXPECT_EQ(250u, parsed.options.vUpdates[1].u4AfterMs);
     EXPECT_EQ(0xEAu, parsed.options.vUpdates[1].u4Detail);
     EXPECT_EQ(3000u, parsed.options.u4StopAfterMs);
-    EXPECT_TRUE(parsed.options.bAsync);
-    EXPECT_EQ(UI_MODE_ASYNC, parsed.blkReq.u4Mode);
-
-    // A stop alone works for any dialog.
-    BlkParsedTag stopped = Parse({"new-pin", "--stop-after", "500"});
-    ASSERT_TRUE(stopped.bOk) << stopped.strError;
-    EXPECT_EQ(UI_MODE_ASYNC, stopped.blkReq.u4Mode);
+    for (const auto& vArgs :
+         std::vector<std::vector<std::string>>{{"fingerprint", "--stop-after", "1"},
+                                               {"new-pin", "--terminate-after", "500"},
+                                               {"verify", "--wait", "5"},
+                                               {"confirm"},
+                                               {"raw", "--async"}}) {
+        BlkParsedTag async = Parse(vArgs);
+        EXPECT_TRUE(async.options.bAsync) << vArgs[0];
+        EXPECT_EQ(UI_MODE_ASYNC, async.blkReq.u4Mode) << vArgs[0];
+    }
     EXPECT_FALSE(Parse({"new-pin"}).options.bAsync);
 }
 
@@ -117,20 +115,24 @@ TEST(UictlConfirmOptionsTest, MistakesAreRefusedWithAReason) {
          "bad value \"123456789\" for --detail (hexadecimal)"},
         {{"confirm", "--detail", "0x"}, "bad value \"0x\" for --detail (hexadecimal)"},
         {{"confirm", "--kind", "-1"}, "bad value \"-1\" for --kind"},
-        {{"confirm", "--timeout"}, "option --timeout needs a value"},
-        {{"confirm", "--closable=1"}, "--closable takes no value"},
-        {{"fingerprint", "--enrol=yes"}, "--enrol takes no value"},
-        {{"fingerprint", "--kind", "3"}, "unknown option --kind"},
+        {{"confirm", "--closable=1"}, "option --closable takes no value"},
+        {{"fingerprint", "--kind", "3"}, "unknown option '--kind'"},
+        {{"message", "--id", "E0"}, "bad value \"E0\" for --id"},
+        {{"verify", "--wait", "4294967295"}, "bad value \"4294967295\" for --wait"},
         {{"confirm", "--update-after", "100"}, "bad value \"100\" for --update-after"},
         {{"confirm", "--update-after", "x:EE"}, "bad value \"x:EE\" for --update-after"},
         {{"confirm", "--update-after", "100:"}, "bad value \"100:\" for --update-after"},
         {{"confirm", "--stop-after", "soon"}, "bad value \"soon\" for --stop-after"},
+        {{"confirm", "extra"}, "unexpected argument \"extra\""},
+        {{"verify", "--timeout", "5"}, "unknown option '--timeout'"},
         {{"raw", "--update-after", "1:EE"},
          "--update-after feeds the confirm and fingerprint dialogs only"},
     };
-    for (const auto& test : aCases) {
-        BlkParsedTag parsed = Parse(test.vArgs);
-        EXPECT_FALSE(parsed.bOk) << test.vArgs.back();
-        EXPECT_EQ(test.szError, parsed.strError) << test.vArgs.back();
+    for (const auto& c : aCases) {
+        BlkParsedTag parsed = Parse(c.vArgs);
+        EXPECT_EQ(NY_TOOL_BAD, parsed.enParse) << c.vArgs.back();
+        EXPECT_EQ(c.szError, parsed.strError) << c.vArgs.back();
     }
 }
+
+}  // namespace

@@ -116,10 +116,11 @@ TEST_F(E2eUictlTest, MessageQuestionAnswersTheChoice) {
         unsigned int u4Button;
         const char* szEnRes;
         const char* szChoice;
-    } aCases[] = {{NY_TXT_YES, "\"enRes\":2", "\"choice\":1"},
-                  {NY_TXT_NO, "\"enRes\":5", "\"choice\":2"}};
+        int iExit;  // No is a cancel
+    } aCases[] = {{NY_TXT_YES, "\"enRes\":2", "\"choice\":1", 0},
+                  {NY_TXT_NO, "\"enRes\":5", "\"choice\":2", 1}};
     for (const auto& c : aCases) {
-        CUictl uictl(m_server, {"message", "--id", "E06163C3", "--param", "0"});
+        CUictl uictl(m_server, {"message", "--message-id", "E06163C3", "--param", "0"});
         ASSERT_FALSE(
             NyTestWaitWindow("^" + NyGuiTestText(NY_TXT_MESSAGE_TITLE) + "$", NY_E2E_WAIT_MS)
                 .empty());
@@ -128,14 +129,14 @@ TEST_F(E2eUictlTest, MessageQuestionAnswersTheChoice) {
             "您的UKey密码输入有误，还有 3 次机会，请核对后重新输入，是否继续重试？",
             NY_E2E_WAIT_MS));
         ClickButton(m_server.Pid(), c.u4Button);
-        ASSERT_EQ(0, uictl.Wait());
+        ASSERT_EQ(c.iExit, uictl.Wait());
         EXPECT_TRUE(Contains(uictl.Output(), c.szEnRes)) << uictl.Output();
         EXPECT_TRUE(Contains(uictl.Output(), c.szChoice)) << uictl.Output();
     }
 }
 
 TEST_F(E2eUictlTest, AsynchronousSuccessNoticeAnswersOk) {
-    CUictl uictl(m_server, {"message", "--id", "0", "--param", "7", "--async"});
+    CUictl uictl(m_server, {"message", "--message-id", "0", "--param", "7", "--async"});
     EXPECT_TRUE(NyTestWaitAccessible(m_server.Pid(), "label", "操作成功！", NY_E2E_WAIT_MS));
     ClickButton(m_server.Pid(), NY_TXT_OK);
     ASSERT_EQ(0, uictl.Wait());
@@ -147,10 +148,10 @@ TEST_F(E2eUictlTest, BadOptionsAreRefusedWithUsage) {
     for (const std::vector<std::string>& vArgs :
          {std::vector<std::string>{"verify", "--min", "six"},
           std::vector<std::string>{"verify", "--colour", "red"},
-          std::vector<std::string>{"message", "--id", "xyz"},
+          std::vector<std::string>{"message", "--message-id", "xyz"},
           std::vector<std::string>{"message", "--param", "-1"}}) {
         CUictl uictl(m_server, vArgs);
         EXPECT_EQ(2, uictl.Wait()) << vArgs[0] << " " << vArgs[1];
-        EXPECT_TRUE(Contains(uictl.Output(), "usage:")) << uictl.Output();
+        EXPECT_TRUE(Contains(uictl.Output(), "Try 'ukey-uictl --help'.")) << uictl.Output();
     }
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "NyToolArgs.h"
+#include "NyVersion.h"
 
 namespace {
 
@@ -53,12 +54,9 @@ TEST(NyToolArgs, MistakesGiveOneSentence) {
         std::vector<std::string> vArgs;
         const char* szError;
     } aCases[] = {
-        {{"--what"}, "unknown option '--what'"},
-        {{"--what=1"}, "unknown option '--what'"},
-        {{"-x"}, "unknown option '-x'"},
-        {{"--level"}, "option --level needs a value"},
-        {{"-l"}, "option --level needs a value"},
-        {{"--json=1"}, "option --json takes no value"},
+        {{"--what"}, "unknown option '--what'"},  {{"--what=1"}, "unknown option '--what'"},
+        {{"-x"}, "unknown option '-x'"},          {{"--level"}, "option --level needs a value"},
+        {{"-l"}, "option --level needs a value"}, {{"--json=1"}, "option --json takes no value"},
         {{"--level", "bad"}, "refused"},
     };
     for (const auto& c : aCases) {
@@ -72,7 +70,7 @@ TEST(NyToolArgs, HelpVersionAndUsageErrorLines) {
     EXPECT_NE(std::string::npos, strHelp.find("      --queue NAME"));
     EXPECT_NE(std::string::npos, strHelp.find("  -h, --help"));
     EXPECT_NE(std::string::npos, strHelp.find("      --version"));
-    EXPECT_EQ(std::string("tool ") + NY_TOOL_TEST_VERSION + "\n", NyToolVersionLine("tool"));
+    EXPECT_EQ(std::string("tool ") + NY_VERSION_STRING + "\n", NyToolVersionLine("tool"));
     testing::internal::CaptureStderr();
     EXPECT_EQ(2, NyToolUsageError("tool", "it went wrong"));
     EXPECT_EQ("tool: it went wrong\nTry 'tool --help'.\n", testing::internal::GetCapturedStderr());

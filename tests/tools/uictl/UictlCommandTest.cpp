@@ -8,6 +8,7 @@
 
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
+#include "NyVersion.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestRun.h"
@@ -98,7 +99,7 @@ TEST(UictlCommandTest, MistakesAndMissingPiecesAreSaidWithTheirOwnExitStatus) {
          ":99",
          4,
          "resources are missing (no folder /nonexistent/res)"},
-        {{"--version"}, nullptr, 0, "ukey-uictl " NY_TOOL_TEST_VERSION "\n"},
+        {{"--version"}, nullptr, 0, "ukey-uictl " NY_VERSION_STRING "\n"},
     };
     for (const auto& c : aCases) {
         BlkTestRunTag run = RunUictl(c.vArgs, c.szDisplay);

@@ -2,16 +2,12 @@
 // server on a private display, the keys a person would press answer its dialog, and the
 // program prints what the dialog returned.
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "support/NyTestDisplay.h"
-#include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
+#include "support/NyTestRun.h"
 #include "support/NyTestX11.h"
 
 namespace {
@@ -24,13 +20,12 @@ protected:
     static void TearDownTestSuite() { s_pDisplay->Stop(); }
 
     // Runs ukey-uictl with vArgs, waits for the dialog titled strTitle, types vInput into it
-    // (xdotool key names, "type:TEXT" for text), and returns what the program printed.
-    std::string Answer(const std::vector<std::string>& vArgs, const std::string& strTitle,
-                       const std::vector<std::string>& vInput) {
-        std::string strOut = "/tmp/" + NyTestUniqueName("uictl") + ".out";
-        std::vector<std::string> vArgv = {NyTestBinPath("ukey-uictl")};
-        vArgv.insert(vArgv.end(), vArgs.begin(), vArgs.end());
-        pid_t pid = NyTestSpawn(vArgv, strOut);
+    // (xdotool key names, "type:TEXT" for text), and returns what the program printed after
+    // checking its exit status.
+    std::string Answer(std::vector<std::string> vArgs, const std::string& strTitle,
+                       const std::vector<std::string>& vInput, int iExit) {
+        vArgs.insert(vArgs.begin(), NyTestBinPath("ukey-uictl"));
+        CNyTestRun run(vArgs);
         std::string strWindow = NyTestWaitWindow("^" + strTitle + "$", NY_WAIT_MS);
         EXPECT_FALSE(strWindow.empty()) << "no window titled " << strTitle;
         // The dialog asks for the focus once it is mapped; wait until it has it.
@@ -43,16 +38,8 @@ protected:
                 NyTestKey(strInput);
             }
         }
-        int iExit = NyTestWaitChild(pid, NY_WAIT_MS);
-        if (iExit < 0) {
-            NyTestKillChild(pid);
-        }
-        EXPECT_EQ(0, iExit);
-        std::ifstream file(strOut);
-        std::stringstream ss;
-        ss << file.rdbuf();
-        unlink(strOut.c_str());
-        return ss.str();
+        EXPECT_EQ(iExit, run.Wait(NY_WAIT_MS));
+        return run.Output();
     }
 
     static CNyTestDisplay* s_pDisplay;
@@ -66,6 +53,7 @@ TEST_F(UictlDialogCommandTest, EachCommandPrintsWhatItsDialogReturned) {
         const char* szTitle;
         std::vector<std::string> vInput;
         const char* szExpected;
+        int iExit = 0;
     } aCases[] = {
         {{"new-pin", "--min", "4", "--max", "16", "--json"},
          "验证UKey用户密码",
@@ -101,11 +89,12 @@ TEST_F(UictlDialogCommandTest, EachCommandPrintsWhatItsDialogReturned) {
          "修改UKey用户密码",
          {"alt+F4"},
          "enRes: 5\nresult: UI_RESULT_CANCEL\noldPin: \noldPinLength: 0\nnewPin: \n"
-         "newPinLength: 0\n"},
+         "newPinLength: 0\n",
+         1},
     };
     for (const auto& c : aCases) {
         SCOPED_TRACE(c.vArgs[0]);
-        EXPECT_EQ(c.szExpected, Answer(c.vArgs, c.szTitle, c.vInput));
+        EXPECT_EQ(c.szExpected, Answer(c.vArgs, c.szTitle, c.vInput, c.iExit));
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
@@ -42,4 +43,25 @@ BlkTestRunTag NyTestRun(const std::vector<std::string>& vArgs, unsigned int u4Ti
     CNyTestRun run(vArgs);
     int iExit = run.Wait(u4TimeoutMs);
     return {iExit, run.Output()};
+}
+
+CNyTestArgv::CNyTestArgv(std::vector<std::string> vArgs) : m_vArgs(std::move(vArgs)) {
+    m_vArgs.insert(m_vArgs.begin(), "prog");
+    for (std::string& str : m_vArgs) {
+        m_vPointers.push_back(&str[0]);
+    }
+    m_vPointers.push_back(nullptr);
+}
+
+std::vector<std::string> NyTestLines(const std::string& strText) {
+    std::vector<std::string> vLines;
+    std::istringstream ss(strText);
+    for (std::string str; std::getline(ss, str);) {
+        vLines.push_back(str);
+    }
+    return vLines;
+}
+
+bool NyTestContains(const std::string& strText, const std::string& strPart) {
+    return strText.find(strPart) != std::string::npos;
 }

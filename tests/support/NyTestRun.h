@@ -1,5 +1,6 @@
-// A program run by a test with its output (stdout and stderr together) captured in a file that
-// goes with the object; a program still running when the object goes is killed.
+// Programs and command lines in tests: a program run with its output (stdout and stderr together)
+// captured in a file that goes with the object (a program still running then is killed), an
+// argv for parsers run in-process, and the lines of an output.
 #pragma once
 
 #include <sys/types.h>
@@ -33,3 +34,18 @@ struct BlkTestRunTag {
     std::string strOutput;
 };
 BlkTestRunTag NyTestRun(const std::vector<std::string>& vArgs, unsigned int u4TimeoutMs = 30000);
+
+// A writable argv: "prog" followed by vArgs; Argc()/Argv() for a parser that may reorder it.
+class CNyTestArgv {
+public:
+    explicit CNyTestArgv(std::vector<std::string> vArgs);
+    int Argc() const { return static_cast<int>(m_vArgs.size()); }
+    char** Argv() { return m_vPointers.data(); }
+
+private:
+    std::vector<std::string> m_vArgs;
+    std::vector<char*> m_vPointers;
+};
+
+std::vector<std::string> NyTestLines(const std::string& strText);
+bool NyTestContains(const std::string& strText, const std::string& strPart);

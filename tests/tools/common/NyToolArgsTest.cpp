@@ -1,29 +1,23 @@
 // The one option parser of the tools: spellings, operands, built-ins and the usage-error text.
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "NyToolArgs.h"
 #include "NyVersion.h"
+#include "support/NyTestRun.h"
 
 namespace {
 
 const std::vector<BlkToolOptionTag> s_vOptions = {
     {"level", 'l', "LEVEL", "x"}, {"json", 'j', nullptr, "x"}, {"queue", 0, "NAME", "x"}};
 
-// Parses vArgs; the applied options as "name=value;" (flags "name;"), the operands after a '|'.
-std::string Parse(std::vector<std::string> vArgs, EnToolParse enExpected) {
-    vArgs.insert(vArgs.begin(), "tool");
-    std::vector<char*> vArgv;
-    for (std::string& str : vArgs) {
-        vArgv.push_back(&str[0]);
-    }
+// The options applied, "name=value;" ("name;" for flags), then "|operand" each; or the error.
+std::string Parse(const std::vector<std::string>& vArgs, EnToolParse enExpected) {
+    CNyTestArgv argv(vArgs);
     std::string strSeen;
     std::vector<std::string> vOperands;
     std::string strError;
     EnToolParse enParse = NyToolParseArgs(
-        static_cast<int>(vArgv.size()), vArgv.data(), s_vOptions,
+        argv.Argc(), argv.Argv(), s_vOptions,
         [&strSeen](size_t uIndex, const char* szValue, std::string* pstrError) {
             *pstrError = "refused";
             strSeen += std::string(s_vOptions[uIndex].szLong) +
@@ -47,29 +41,22 @@ TEST(NyToolArgs, EverySpellingOfAnOptionAndOperandsAnywhere) {
     EXPECT_EQ("level=x;", Parse({"--lev", "x"}, NY_TOOL_RUN));  // a unique prefix
     EXPECT_EQ("json;", Parse({"-j", "--help", "--version"}, NY_TOOL_HELP));
     EXPECT_EQ("", Parse({"--version"}, NY_TOOL_VERSION));
-}
-
-TEST(NyToolArgs, MistakesGiveOneSentence) {
-    const struct {
-        std::vector<std::string> vArgs;
-        const char* szError;
-    } aCases[] = {
-        {{"--what"}, "unknown option '--what'"},  {{"--what=1"}, "unknown option '--what'"},
-        {{"-x"}, "unknown option '-x'"},          {{"--level"}, "option --level needs a value"},
-        {{"-l"}, "option --level needs a value"}, {{"--json=1"}, "option --json takes no value"},
-        {{"--level", "bad"}, "refused"},
-    };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(c.szError, Parse(c.vArgs, NY_TOOL_BAD)) << c.vArgs[0];
+    const std::pair<std::vector<std::string>, const char*> aBad[] = {
+        {{"--what=1"}, "unknown option '--what'"},      {{"-x"}, "unknown option '-x'"},
+        {{"--level"}, "option --level needs a value"},  {{"-l"}, "option --level needs a value"},
+        {{"--json=1"}, "option --json takes no value"}, {{"--level", "bad"}, "refused"}};
+    for (const auto& c : aBad) {
+        EXPECT_EQ(c.second, Parse(c.first, NY_TOOL_BAD)) << c.first[0];
     }
 }
 
 TEST(NyToolArgs, HelpVersionAndUsageErrorLines) {
-    std::string strHelp = NyToolOptionHelp(s_vOptions);
-    EXPECT_NE(std::string::npos, strHelp.find("  -l, --level LEVEL"));
-    EXPECT_NE(std::string::npos, strHelp.find("      --queue NAME"));
-    EXPECT_NE(std::string::npos, strHelp.find("  -h, --help"));
-    EXPECT_NE(std::string::npos, strHelp.find("      --version"));
+    EXPECT_EQ(
+        "  -l, --level LEVEL        x\n  -j, --json               x\n"
+        "      --queue NAME         x\n"
+        "  -h, --help               print this help and exit\n"
+        "      --version            print the name and version and exit\n",
+        NyToolOptionHelp(s_vOptions));
     EXPECT_EQ(std::string("tool ") + NY_VERSION_STRING + "\n", NyToolVersionLine("tool"));
     testing::internal::CaptureStderr();
     EXPECT_EQ(2, NyToolUsageError("tool", "it went wrong"));

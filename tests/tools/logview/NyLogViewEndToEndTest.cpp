@@ -36,19 +36,6 @@ std::vector<std::string> ViewerArgs(const CNyTestLogQueue& queue,
     return vArgs;
 }
 
-std::vector<std::string> Lines(const std::string& strText) {
-    std::vector<std::string> vLines;
-    std::istringstream ss(strText);
-    for (std::string str; std::getline(ss, str);) {
-        vLines.push_back(str);
-    }
-    return vLines;
-}
-
-bool Contains(const std::string& strText, const std::string& strPart) {
-    return strText.find(strPart) != std::string::npos;
-}
-
 void Push(CLockfreeArrayQueue* pQueue, uint32_t u4Level, uint64_t u8Time, const char* szMessage) {
     tagBlkLogItem item = {};
     item.u4Level = u4Level;
@@ -72,18 +59,19 @@ TEST(NyLogViewEndToEnd, JsonBacklogTakesTheRecordsOfALoggingProcess) {
 
     BlkTestRunTag run = NyTestRun(ViewerArgs(queue, {"--json"}));
     ASSERT_EQ(0, run.iExit) << run.strOutput;
-    std::vector<std::string> vLines = Lines(run.strOutput);
+    std::vector<std::string> vLines = NyTestLines(run.strOutput);
     ASSERT_EQ(2u, vLines.size());
-    std::string strPid = "\"pid\":" + std::to_string(pidLogger) + ",";
-    EXPECT_TRUE(Contains(vLines[0], strPid)) << vLines[0];
-    EXPECT_TRUE(Contains(vLines[0], "\"level\":2,\"levelName\":\"INFO\"")) << vLines[0];
-    EXPECT_TRUE(Contains(vLines[0],
-                         "\"source\":\"source/GUIverify.cpp\",\"line\":321,"
-                         "\"message\":\"hello \\\"viewer\\\"\\n\"}"))
-        << vLines[0];
-    EXPECT_TRUE(Contains(vLines[1], strPid)) << vLines[1];
-    EXPECT_TRUE(Contains(vLines[1], "\"levelName\":\"ERROR\"")) << vLines[1];
-    EXPECT_TRUE(Contains(vLines[1], "\"message\":\"u4Result = E0600007\"")) << vLines[1];
+    const std::string aExpected[][2] = {
+        {"\"level\":2,\"levelName\":\"INFO\"",
+         "\"source\":\"source/GUIverify.cpp\",\"line\":321,"
+         "\"message\":\"hello \\\"viewer\\\"\\n\"}"},
+        {"\"level\":3,\"levelName\":\"ERROR\"",
+         "\"source\":\"source/MainServer.cpp\",\"line\":9,\"message\":\"u4Result = E0600007\"}"}};
+    for (size_t i = 0; i < 2; ++i) {
+        std::string strHead = aExpected[i][0] + ",\"pid\":" + std::to_string(pidLogger) + ",";
+        EXPECT_TRUE(NyTestContains(vLines[i], strHead)) << vLines[i];
+        EXPECT_EQ(aExpected[i][1], vLines[i].substr(vLines[i].find("\"source\""))) << vLines[i];
+    }
     // The records were taken and the viewer no longer counts as a listener.
     ASSERT_NE(nullptr, queue.View());
     EXPECT_EQ(0u, queue.View()->Count());
@@ -95,7 +83,7 @@ TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthers) {
     // Without --create a named queue that does not exist is not made.
     BlkTestRunTag missing = NyTestRun(ViewerArgs(queue, {}));
     EXPECT_EQ(1, missing.iExit);
-    EXPECT_TRUE(Contains(missing.strOutput, "there is no log queue")) << missing.strOutput;
+    EXPECT_TRUE(NyTestContains(missing.strOutput, "there is no log queue")) << missing.strOutput;
     EXPECT_EQ(nullptr, queue.View());
     ASSERT_EQ(0, NyTestRun(ViewerArgs(queue, {"--create"})).iExit);
     CLockfreeArrayQueue* pQueue = queue.View();
@@ -108,9 +96,9 @@ TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthers) {
     BlkTestRunTag second = NyTestRun(ViewerArgs(queue, {"--peek"}));
     ASSERT_EQ(0, first.iExit);
     EXPECT_EQ(first.strOutput, second.strOutput);
-    std::vector<std::string> vLines = Lines(first.strOutput);
+    std::vector<std::string> vLines = NyTestLines(first.strOutput);
     ASSERT_EQ(3u, vLines.size()) << first.strOutput;
-    EXPECT_TRUE(Contains(vLines[1], " ERROR [77:78] source/GUIBase.cpp:5 failed\\nagain"));
+    EXPECT_TRUE(NyTestContains(vLines[1], " ERROR [77:78] source/GUIBase.cpp:5 failed\\nagain"));
     EXPECT_EQ("- INFO [77:78] source/GUIBase.cpp:5 no clock", vLines[2]);
     EXPECT_EQ(0u, pQueue->GetConsumerListeningCount());
 
@@ -140,16 +128,16 @@ TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrl
         }
     }));
     EXPECT_EQ(0, logger.Wait(20000));
-    bool bAll =
-        NyTestWaitUntil([&viewer] { return Lines(viewer.Output()).size() >= iRecords; }, 20000);
+    bool bAll = NyTestWaitUntil(
+        [&viewer] { return NyTestLines(viewer.Output()).size() >= iRecords; }, 20000);
     kill(viewer.Pid(), SIGINT);
     EXPECT_EQ(0, viewer.Wait(5000));
     EXPECT_EQ(0u, queue.View()->GetConsumerListeningCount());
     ASSERT_TRUE(bAll);
-    std::vector<std::string> vLines = Lines(viewer.Output());
+    std::vector<std::string> vLines = NyTestLines(viewer.Output());
     ASSERT_EQ(static_cast<size_t>(iRecords), vLines.size());
     for (int i = 0; i < iRecords; ++i) {
-        EXPECT_TRUE(Contains(vLines[i], "\"message\":\"record " + std::to_string(i) + "\"}"));
+        EXPECT_TRUE(NyTestContains(vLines[i], "\"message\":\"record " + std::to_string(i) + "\"}"));
     }
 }
 
@@ -158,7 +146,7 @@ TEST(NyLogViewEndToEnd, HelpExplainsEveryOptionAndABadOneGetsOneLineAndAHint) {
     EXPECT_EQ(0, help.iExit);
     for (const char* szOption : {"--follow", "--level", "--pid", "--json", "--peek", "--take",
                                  "--queue", "--create", "--capacity", "--help", "--version"}) {
-        EXPECT_TRUE(Contains(help.strOutput, szOption)) << szOption;
+        EXPECT_TRUE(NyTestContains(help.strOutput, szOption)) << szOption;
     }
     BlkTestRunTag bad = NyTestRun({NyTestBinPath("ukey-logview"), "--level", "loud"});
     EXPECT_EQ(2, bad.iExit);

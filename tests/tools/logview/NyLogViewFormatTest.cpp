@@ -50,22 +50,14 @@ TEST_F(NyLogViewFormat, TimeIsLocalWithMillisecondsAndAMissingOneIsADash) {
 }
 
 TEST_F(NyLogViewFormat, TextLineShowsEveryFieldInOrderOnOneLine) {
-    const struct {
-        uint32_t u4Level;
-        const char* szMessage;
-        const char* szExpected;
-    } aCases[] = {
-        {LOG_TRACE, "start UI server!",
-         "2026-11-23 08:36:18.123 TRACE [4321:4322] source/GUIverify.cpp:77 start UI server!"},
-        {LOG_INFO, "a\r\nb\n",
-         "2026-11-23 08:36:18.123 INFO [4321:4322] source/GUIverify.cpp:77 a\\r\\nb\\n"},
-        {LOG_ERROR, "x", "2026-11-23 08:36:18.123 ERROR [4321:4322] source/GUIverify.cpp:77 x"},
-        {9, "x", "2026-11-23 08:36:18.123 9 [4321:4322] source/GUIverify.cpp:77 x"},
-    };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(c.szExpected,
-                  NyLogViewFormatText(MakeItem(c.u4Level, "source/GUIverify.cpp", c.szMessage)));
-    }
+    const std::string strHead = "2026-11-23 08:36:18.123 ";
+    const std::string strIds = " [4321:4322] source/GUIverify.cpp:77 ";
+    EXPECT_EQ(strHead + "TRACE" + strIds + "start UI server!",
+              NyLogViewFormatText(MakeItem(LOG_TRACE, "source/GUIverify.cpp", "start UI server!")));
+    EXPECT_EQ(strHead + "INFO" + strIds + "a\\r\\nb\\n",
+              NyLogViewFormatText(MakeItem(LOG_INFO, "source/GUIverify.cpp", "a\r\nb\n")));
+    EXPECT_EQ(strHead + "9" + strIds + "x",
+              NyLogViewFormatText(MakeItem(9, "source/GUIverify.cpp", "x")));
 }
 
 TEST_F(NyLogViewFormat, JsonLineCarriesEveryFieldEscaped) {
@@ -108,7 +100,6 @@ TEST(NyLogViewText, MessagesBecomeUtf8AndJsonStringsAreEscaped) {
         {"a\"b\\c", "\"a\\\"b\\\\c\""},
         {"\r\n\t", "\"\\r\\n\\t\""},
         {std::string("\x01\x1F\x7F", 3), "\"\\u0001\\u001f\\u007f\""},
-        {"\xE4\xB8\xAD", "\"\xE4\xB8\xAD\""},
     };
     for (const auto& c : aJson) {
         EXPECT_EQ(c.strOut, NyLogViewJsonString(c.strIn)) << c.strIn;

@@ -1,20 +1,15 @@
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "NyLogViewOptions.h"
 #include "runtime/NyResult.h"
+#include "support/NyTestRun.h"
 
 namespace {
 
-uint32_t Parse(std::vector<std::string> vArgs, BlkLogViewOptionsTag& opts, std::string& strError) {
-    vArgs.insert(vArgs.begin(), "ukey-logview");
-    std::vector<char*> vArgv;
-    for (std::string& str : vArgs) {
-        vArgv.push_back(&str[0]);
-    }
-    return NyLogViewParseOptions(static_cast<int>(vArgv.size()), vArgv.data(), opts, strError);
+uint32_t Parse(const std::vector<std::string>& vArgs, BlkLogViewOptionsTag& opts,
+               std::string& strError) {
+    CNyTestArgv argv(vArgs);
+    return NyLogViewParseOptions(argv.Argc(), argv.Argv(), opts, strError);
 }
 
 TEST(NyLogViewOptions, ValuesAreStoredAndFiltersPeekUnlessToldToTake) {
@@ -43,10 +38,7 @@ TEST(NyLogViewOptions, ValuesAreStoredAndFiltersPeekUnlessToldToTake) {
 }
 
 TEST(NyLogViewOptions, BadValuesAreRefusedWithAReason) {
-    const struct {
-        std::vector<std::string> vArgs;
-        const char* szReason;
-    } aCases[] = {
+    const std::pair<std::vector<std::string>, const char*> aCases[] = {
         {{"-l", "loud"}, "--level needs"},
         {{"-l", "-1"}, "--level needs"},
         {{"-p", "0"}, "--pid needs"},
@@ -65,8 +57,8 @@ TEST(NyLogViewOptions, BadValuesAreRefusedWithAReason) {
     for (const auto& c : aCases) {
         BlkLogViewOptionsTag opts;
         std::string strError;
-        EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, Parse(c.vArgs, opts, strError)) << c.szReason;
-        EXPECT_NE(std::string::npos, strError.find(c.szReason)) << strError;
+        EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, Parse(c.first, opts, strError)) << c.second;
+        EXPECT_TRUE(NyTestContains(strError, c.second)) << strError;
     }
 }
 
@@ -76,19 +68,16 @@ TEST(NyLogViewOptions, FiltersSelectByMinimumLevelAndByProcess) {
     EXPECT_TRUE(NyLogViewAccepts(opts, item));
     opts.u4MinLevel = LOG_INFO;
     opts.vPids = {100, 200};
-    const struct {
-        uint32_t u4Level;
-        uint32_t u4Pid;
-        bool bShown;
-    } aCases[] = {{LOG_TRACE, 100, false},
-                  {LOG_INFO, 100, true},
-                  {LOG_ERROR, 200, true},
-                  {9, 200, true},
-                  {LOG_ERROR, 300, false}};
+    // level, pid, shown
+    const uint32_t aCases[][3] = {{LOG_TRACE, 100, 0},
+                                  {LOG_INFO, 100, 1},
+                                  {LOG_ERROR, 200, 1},
+                                  {9, 200, 1},
+                                  {LOG_ERROR, 300, 0}};
     for (const auto& c : aCases) {
-        item.u4Level = c.u4Level;
-        item.u4Pid = c.u4Pid;
-        EXPECT_EQ(c.bShown, NyLogViewAccepts(opts, item)) << c.u4Level << "/" << c.u4Pid;
+        item.u4Level = c[0];
+        item.u4Pid = c[1];
+        EXPECT_EQ(c[2] != 0, NyLogViewAccepts(opts, item)) << c[0] << "/" << c[1];
     }
 }
 

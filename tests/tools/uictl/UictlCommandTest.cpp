@@ -21,10 +21,6 @@ BlkTestRunTag RunUictl(std::vector<std::string> vArgs, const char* szDisplay = n
     return NyTestRun(vArgs);
 }
 
-bool Contains(const std::string& strText, const std::string& strPart) {
-    return strText.find(strPart) != std::string::npos;
-}
-
 TEST(UictlCommandTest, RawStartsItsOwnServerShowsTheWholeAnswerAndKeepsItWhenAsked) {
     BlkTestRunTag run =
         RunUictl({"raw", "--cmd", "0x20000", "--u32=400=0xDEADBEEF", "--json", "--keep"});
@@ -70,7 +66,7 @@ TEST(UictlCommandTest, JoinedServerAnswersAndTheExitStatusTellsTheAnswer) {
         c.vArgs.insert(c.vArgs.end(), {"--main", server.MainName()});
         BlkTestRunTag run = RunUictl(c.vArgs);
         EXPECT_EQ(c.iExit, run.iExit) << run.strOutput;
-        EXPECT_TRUE(Contains(run.strOutput, c.strExpected)) << run.strOutput;
+        EXPECT_TRUE(NyTestContains(run.strOutput, c.strExpected)) << run.strOutput;
     }
     EXPECT_TRUE(server.Stop());
 }
@@ -104,7 +100,7 @@ TEST(UictlCommandTest, MistakesAndMissingPiecesAreSaidWithTheirOwnExitStatus) {
     for (const auto& c : aCases) {
         BlkTestRunTag run = RunUictl(c.vArgs, c.szDisplay);
         EXPECT_EQ(c.iExit, run.iExit) << run.strOutput;
-        EXPECT_TRUE(Contains(run.strOutput, c.strExpected)) << run.strOutput;
+        EXPECT_TRUE(NyTestContains(run.strOutput, c.strExpected)) << run.strOutput;
     }
 }
 

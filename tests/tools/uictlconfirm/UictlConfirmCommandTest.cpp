@@ -20,10 +20,6 @@ namespace {
 constexpr unsigned int NY_WAIT_MS = 30000;
 const char* const NY_CONFIRM_TITLE = "^UKey提示信息-OVA $";
 
-bool Contains(const std::string& strText, const std::string& strPart) {
-    return strText.find(strPart) != std::string::npos;
-}
-
 class UictlConfirmCommandTest : public testing::Test {
 protected:
     static void SetUpTestSuite() { ASSERT_TRUE(s_pDisplay->Start(true, true)); }
@@ -76,9 +72,9 @@ TEST_F(UictlConfirmCommandTest, FingerprintEnrolmentIsFedAndStoppedFromTheShell)
     EXPECT_NE(std::string::npos, nFirst) << strOut;
     EXPECT_NE(std::string::npos, nSecond) << strOut;
     EXPECT_LT(nFirst, nSecond) << strOut;
-    EXPECT_TRUE(Contains(strOut, "stopped after 5500 ms\n")) << strOut;
+    EXPECT_TRUE(NyTestContains(strOut, "stopped after 5500 ms\n")) << strOut;
     // The answer is the terminate's: done.
-    EXPECT_TRUE(Contains(strOut, "{\"enRes\":2,\"result\":\"UI_RESULT_OK\"}\n")) << strOut;
+    EXPECT_TRUE(NyTestContains(strOut, "{\"enRes\":2,\"result\":\"UI_RESULT_OK\"}\n")) << strOut;
     EXPECT_TRUE(NyTestFindWindows("^注册指纹$").empty());
 }
 
@@ -130,7 +126,8 @@ TEST_F(UictlConfirmCommandTest, CtrlCClosesTheDialogAndExits130) {
     EXPECT_FALSE(NyTestWaitWindow(NY_CONFIRM_TITLE, NY_WAIT_MS).empty());
     kill(pRun->Pid(), SIGINT);
     EXPECT_EQ(130, pRun->Wait(NY_WAIT_MS));
-    EXPECT_TRUE(Contains(pRun->Output(), "interrupted; the dialog was closed")) << pRun->Output();
+    EXPECT_TRUE(NyTestContains(pRun->Output(), "interrupted; the dialog was closed"))
+        << pRun->Output();
     EXPECT_TRUE(
         NyTestWaitUntil([] { return NyTestFindWindows(NY_CONFIRM_TITLE).empty(); }, NY_WAIT_MS));
     // A synchronous request ends at once; the server's watch of its clients closes the dialog.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "UictlOptions.h"
+#include "support/NyTestRun.h"
 #include "uiblock/NyUiConfirmParam.h"
 
 namespace {
@@ -17,69 +18,55 @@ struct BlkParsedTag {
     uint32_t Field(uint32_t u4Offset) const { return NyUiParamGetU4(&blkReq, u4Offset); }
 };
 
-BlkParsedTag Parse(std::vector<std::string> vArgs) {
-    vArgs.insert(vArgs.begin(), "ukey-uictl");
-    std::vector<char*> vArgv;
-    for (std::string& str : vArgs) {
-        vArgv.push_back(&str[0]);
-    }
+BlkParsedTag Parse(const std::vector<std::string>& vArgs) {
+    CNyTestArgv argv(vArgs);
     BlkParsedTag parsed;
-    const BlkUictlCommandTag* pCommand = UictlFindCommand(vArgs.at(1));
-    EXPECT_NE(nullptr, pCommand) << vArgs.at(1);
+    const BlkUictlCommandTag* pCommand = UictlFindCommand(vArgs.at(0));
+    EXPECT_NE(nullptr, pCommand) << vArgs.at(0);
     if (pCommand != nullptr) {
-        parsed.enParse =
-            UictlParseOptions(static_cast<int>(vArgv.size()), vArgv.data(), 2, pCommand,
-                              &parsed.options, &parsed.blkReq, &parsed.strError);
+        parsed.enParse = UictlParseOptions(argv.Argc(), argv.Argv(), 2, pCommand, &parsed.options,
+                                           &parsed.blkReq, &parsed.strError);
     }
     return parsed;
 }
 
+// "command kind timeout closable detail attempts wait" of a parsed request.
+std::string Fields(const std::vector<std::string>& vArgs) {
+    BlkParsedTag parsed = Parse(vArgs);
+    EXPECT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
+    char sz[128];
+    snprintf(sz, sizeof(sz), "%X %u %u %u %X %u %d", parsed.blkReq.enUiCmdType,
+             parsed.Field(UI_OFS_CONFIRM_KIND), parsed.Field(UI_OFS_CONFIRM_TIMEOUT),
+             parsed.Field(UI_OFS_CONFIRM_CLOSABLE), parsed.Field(UI_OFS_CONFIRM_DETAIL),
+             parsed.Field(UI_OFS_CONFIRM_ATTEMPTS), static_cast<int>(parsed.options.u4WaitS));
+    return sz;
+}
+
 TEST(UictlConfirmOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
-    const uint32_t u4Wait = 0xFFFFFFF0;  // reads the --wait setting, not a field
-    const struct {
-        std::vector<std::string> vArgs;
-        std::vector<std::pair<uint32_t, uint32_t>> vFields;  // offset, value
-    } aCases[] = {
-        {{"confirm"},
-         {{0, 0},
-          {4, UI_CMD_CONFIRM},
-          {UI_OFS_CONFIRM_KIND, 1},
-          {UI_OFS_CONFIRM_TIMEOUT, 30},
-          {UI_OFS_CONFIRM_CLOSABLE, 0},
-          {u4Wait, 30}}},
+    const std::pair<std::vector<std::string>, const char*> aCases[] = {
+        {{"confirm"}, "10004 1 30 0 0 0 30"},
         {{"confirm", "--kind", "3", "--timeout", "45", "--closable", "--detail", "E06163CF",
           "--attempts=2", "--timeout=60", "--wait", "50"},
-         {{UI_OFS_CONFIRM_KIND, 3},
-          {UI_OFS_CONFIRM_TIMEOUT, 60},
-          {UI_OFS_CONFIRM_CLOSABLE, 1},
-          {UI_OFS_CONFIRM_DETAIL, UI_FP_VERIFY_FAILED},
-          {UI_OFS_CONFIRM_ATTEMPTS, 2},
-          {u4Wait, 50}}},
-        {{"confirm", "--detail", "0xee", "--wait=90"},
-         {{UI_OFS_CONFIRM_DETAIL, 0xEE}, {u4Wait, 30}}},
-        {{"fingerprint"},
-         {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY}, {u4Wait, UICTL_NO_WAIT}}},
-        {{"fingerprint", "--enrol", "--json"}, {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_ENROL}}},
-        {{"fingerprint", "--enrol", "--verify"},
-         {{UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY}}},
-        {{"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"},
-         {{4, UI_CMD_MESSAGE}, {312, 0xE06163C3}, {316, 3}}},
-        {{"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"},
-         {{4, UI_CMD_CHANGE_PIN_FORCED},
-          {UI_OFS_CHANGE_MIN_LEN, 6},
-          {UI_OFS_CHANGE_MAX_LEN, 16},
-          {UI_OFS_CHANGE_PIN_KIND, 2}}},
+         "10004 3 60 1 E06163CF 2 50"},
+        {{"confirm", "--detail", "0xee", "--wait=90"}, "10004 1 30 0 EE 0 30"},
+        {{"fingerprint"}, "10004 16 0 0 0 0 -1"},
+        {{"fingerprint", "--enrol", "--json"}, "10004 15 0 0 0 0 -1"},
+        {{"fingerprint", "--enrol", "--verify"}, "10004 16 0 0 0 0 -1"},
     };
     for (const auto& c : aCases) {
-        BlkParsedTag parsed = Parse(c.vArgs);
-        ASSERT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
-        for (const auto& field : c.vFields) {
-            uint32_t u4Got =
-                field.first == u4Wait ? parsed.options.u4WaitS : parsed.Field(field.first);
-            EXPECT_EQ(field.second, u4Got) << c.vArgs.back() << " @" << field.first;
-        }
+        EXPECT_EQ(c.second, Fields(c.first)) << c.first.back();
     }
-    EXPECT_EQ(9u, Parse({"message", "--id", "9"}).options.u4InteractionId);
+    BlkParsedTag message =
+        Parse({"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"});
+    EXPECT_EQ(0xE06163C3u, message.Field(312));
+    EXPECT_EQ(3u, message.Field(316));
+    EXPECT_EQ(9u, message.options.u4InteractionId);
+    BlkParsedTag change =
+        Parse({"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"});
+    EXPECT_EQ(UI_CMD_CHANGE_PIN_FORCED, change.blkReq.enUiCmdType);
+    EXPECT_EQ(6u, change.Field(UI_OFS_CHANGE_MIN_LEN));
+    EXPECT_EQ(16u, change.Field(UI_OFS_CHANGE_MAX_LEN));
+    EXPECT_EQ(2u, change.Field(UI_OFS_CHANGE_PIN_KIND));
 }
 
 TEST(UictlConfirmOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {

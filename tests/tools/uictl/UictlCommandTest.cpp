@@ -81,10 +81,7 @@ TEST(UictlCommandTest, MistakesAndMissingPiecesAreSaidWithTheirOwnExitStatus) {
     } aCases[] = {
         {{}, nullptr, 2, "ukey-uictl: no command given\nTry 'ukey-uictl --help'.\n"},
         {{"frobnicate"}, nullptr, 2, "ukey-uictl: unknown command \"frobnicate\"\nTry"},
-        {{"raw", "--u32", "4095=1"}, nullptr, 2, "outside the 4096-byte block\nTry"},
-        {{"raw", "--protect", "0011"}, nullptr, 2, "bad value \"0011\" for --protect\nTry"},
         {{"raw", "--cmd"}, nullptr, 2, "option --cmd needs a value\nTry"},
-        {{"message", "--message-id", "xyz"}, nullptr, 2, "bad value \"xyz\" for --message-id"},
         {{"raw", "--main", strMissing}, nullptr, 5, "(error 0xE0600017)"},
         {{"raw", "--server", "/nonexistent/ukey-uiserver"},
          nullptr,

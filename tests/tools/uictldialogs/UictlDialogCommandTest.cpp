@@ -55,30 +55,16 @@ TEST_F(UictlDialogCommandTest, EachCommandPrintsWhatItsDialogReturned) {
         const char* szExpected;
         int iExit = 0;
     } aCases[] = {
-        {{"new-pin", "--min", "4", "--max", "16", "--json"},
-         "验证UKey用户密码",
-         {"type:111111", "Tab", "type:111111", "Return"},
-         "{\"enRes\":2,\"result\":\"UI_RESULT_OK\",\"pin\":\"111111\",\"pinLength\":6}\n"},
         {{"unblock", "--min", "4", "--max", "16", "--json"},
          "解锁UKey用户密码",
          {"type:admin123", "Tab", "type:5678", "Return"},
          "{\"enRes\":2,\"result\":\"UI_RESULT_OK\",\"soPin\":\"admin123\",\"soPinLength\":8,"
          "\"userPin\":\"5678\",\"userPinLength\":4}\n"},
-        {{"label", "--name-min", "1", "--name-max", "20", "--json"},
-         "修改UKey名称",
-         {"type:Key1", "Return"},
-         "{\"enRes\":2,\"result\":\"UI_RESULT_OK\",\"name\":\"Key1\",\"nameLength\":4,"
-         "\"pin\":\"\",\"pinLength\":0}\n"},
         {{"label", "--name-min", "1", "--pin-min", "4", "--pin-max", "8"},
          "修改UKey名称",
          {"type:MyKey", "Left Left Left", "type: ", "Tab", "type:1234", "Return"},
          "enRes: 2\nresult: UI_RESULT_OK\nname: My Key\nnameLength: 6\npin: 1234\n"
          "pinLength: 4\n"},
-        {{"change-pin", "--min", "6", "--max", "16", "--json"},
-         "修改UKey用户密码",
-         {"type:abc123", "Tab", "type:x9y8z7", "Tab", "type:x9y8z7", "Return"},
-         "{\"enRes\":2,\"result\":\"UI_RESULT_OK\",\"oldPin\":\"abc123\",\"oldPinLength\":6,"
-         "\"newPin\":\"x9y8z7\",\"newPinLength\":6}\n"},
         // A compulsory change refuses the close request and goes on.
         {{"change-pin", "--compulsory", "--kind", "2", "--min", "6", "--max", "16"},
          "修改UKey管理员密码",

@@ -1,10 +1,12 @@
-// ukey-uictl's options as it parses them into the request block and its own settings.
+// ukey-uictl's options as it parses them into the request block and its own settings, and its
+// answers as it prints them.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "UictlOptions.h"
+#include "UictlOutput.h"
 #include "support/NyTestRun.h"
 #include "uiblock/NyUiConfirmParam.h"
 
@@ -42,7 +44,7 @@ std::string Fields(const std::vector<std::string>& vArgs) {
     return sz;
 }
 
-TEST(UictlConfirmOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
+TEST(UictlOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
     const std::pair<std::vector<std::string>, const char*> aCases[] = {
         {{"confirm"}, "10004 1 30 0 0 0 30"},
         {{"confirm", "--kind", "3", "--timeout", "45", "--closable", "--detail", "E06163CF",
@@ -69,7 +71,7 @@ TEST(UictlConfirmOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
     EXPECT_EQ(2u, change.Field(UI_OFS_CHANGE_PIN_KIND));
 }
 
-TEST(UictlConfirmOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {
+TEST(UictlOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {
     BlkParsedTag parsed = Parse({"fingerprint", "--enrol", "--update-after", "1000:EF",
                                  "--update-after=250:0x000000EA", "--stop-after", "3000"});
     ASSERT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
@@ -92,7 +94,7 @@ TEST(UictlConfirmOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {
     EXPECT_FALSE(Parse({"new-pin"}).options.bAsync);
 }
 
-TEST(UictlConfirmOptionsTest, MistakesAreRefusedWithAReason) {
+TEST(UictlOptionsTest, MistakesAreRefusedWithAReason) {
     const struct {
         std::vector<std::string> vArgs;
         const char* szError;
@@ -102,7 +104,6 @@ TEST(UictlConfirmOptionsTest, MistakesAreRefusedWithAReason) {
          "bad value \"123456789\" for --detail (hexadecimal)"},
         {{"confirm", "--detail", "0x"}, "bad value \"0x\" for --detail (hexadecimal)"},
         {{"confirm", "--kind", "-1"}, "bad value \"-1\" for --kind"},
-        {{"confirm", "--closable=1"}, "option --closable takes no value"},
         {{"fingerprint", "--kind", "3"}, "unknown option '--kind'"},
         {{"message", "--id", "E0"}, "bad value \"E0\" for --id"},
         {{"verify", "--wait", "4294967295"}, "bad value \"4294967295\" for --wait"},
@@ -111,6 +112,10 @@ TEST(UictlConfirmOptionsTest, MistakesAreRefusedWithAReason) {
         {{"confirm", "--update-after", "100:"}, "bad value \"100:\" for --update-after"},
         {{"confirm", "--stop-after", "soon"}, "bad value \"soon\" for --stop-after"},
         {{"confirm", "extra"}, "unexpected argument \"extra\""},
+        {{"raw", "--u32", "4095=1"}, "offset 4095 lies outside the 4096-byte block"},
+        {{"raw", "--u32", "12"}, "bad value \"12\" for --u32"},
+        {{"raw", "--protect", "0011"}, "bad value \"0011\" for --protect"},
+        {{"message", "--message-id", "xyz"}, "bad value \"xyz\" for --message-id"},
         {{"verify", "--timeout", "5"}, "unknown option '--timeout'"},
         {{"raw", "--update-after", "1:EE"},
          "--update-after feeds the confirm and fingerprint dialogs only"},
@@ -120,6 +125,24 @@ TEST(UictlConfirmOptionsTest, MistakesAreRefusedWithAReason) {
         EXPECT_EQ(NY_TOOL_BAD, parsed.enParse) << c.vArgs.back();
         EXPECT_EQ(c.szError, parsed.strError) << c.vArgs.back();
     }
+}
+
+TEST(UictlOptionsTest, AnswersAreEscapedBoundedByTheirFieldsAndNamed) {
+    tagBlkUiParam blk = {};
+    blk.enUiCmdType = UI_CMD_VERIFY_PIN;
+    // A PIN without its terminator stops at the field's end (33 bytes); text is escaped for JSON.
+    memset(NyUiParamBytes(&blk, UI_OFS_VERIFY_PIN), 'x', NY_UI_PIN_FIELD_SIZE);
+    NyUiParamSetU4(&blk, UI_OFS_VERIFY_PIN_LEN, 0x41414141);
+    EXPECT_EQ("enRes: 0\nresult: UI_RESULT_NOT_PROCESSED\npin: " + std::string(33, 'x') +
+                  "\npinLength: 1094795585\nmain: M\n",
+              UictlFormatAnswer(&blk, false, false, "M"));
+    memcpy(NyUiParamBytes(&blk, UI_OFS_VERIFY_PIN), "a\"b\\c\td", 8);
+    EXPECT_EQ(
+        "{\"enRes\":0,\"result\":\"UI_RESULT_NOT_PROCESSED\",\"pin\":\"a\\\"b\\\\c\\u0009d\","
+        "\"pinLength\":1094795585}\n",
+        UictlFormatAnswer(&blk, true, false));
+    EXPECT_STREQ("UI_RESULT_PENDING", UictlResultName(UI_RESULT_PENDING));
+    EXPECT_STREQ("UI_RESULT_UNKNOWN", UictlResultName(3));
 }
 
 }  // namespace

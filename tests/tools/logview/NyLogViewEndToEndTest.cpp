@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "NyLogViewTestItem.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "support/CNyTestChild.h"
@@ -34,14 +35,8 @@ std::vector<std::string> ViewerArgs(const CNyTestLogQueue& queue,
 }
 
 void Push(CLockfreeArrayQueue* pQueue, uint32_t u4Level, uint64_t u8Time, const char* szMessage) {
-    tagBlkLogItem item = {};
-    item.u4Level = u4Level;
+    tagBlkLogItem item = NyLogViewTestItem(u4Level, "source/GUIBase.cpp", szMessage);
     item.u8Time = u8Time;
-    item.u4Pid = 77;
-    item.u4Tid = 78;
-    item.u4Line = 5;
-    strcpy(item.szSource, "source/GUIBase.cpp");
-    strcpy(item.szMessage, szMessage);
     ASSERT_EQ(NY_LFQ_OK, pQueue->Push(item));
 }
 
@@ -65,8 +60,9 @@ TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthers) {
     EXPECT_EQ(first.strOutput, second.strOutput);
     std::vector<std::string> vLines = NyTestLines(first.strOutput);
     ASSERT_EQ(3u, vLines.size()) << first.strOutput;
-    EXPECT_TRUE(NyTestContains(vLines[1], " ERROR [77:78] source/GUIBase.cpp:5 failed\\nagain"));
-    EXPECT_EQ("- INFO [77:78] source/GUIBase.cpp:5 no clock", vLines[2]);
+    EXPECT_TRUE(
+        NyTestContains(vLines[1], " ERROR [4321:4322] source/GUIBase.cpp:77 failed\\nagain"));
+    EXPECT_EQ("- INFO [4321:4322] source/GUIBase.cpp:77 no clock", vLines[2]);
     EXPECT_EQ(0u, pQueue->GetConsumerListeningCount());
 
     BlkTestRunTag filtered = NyTestRun(ViewerArgs(queue, {"-l", "error"}));

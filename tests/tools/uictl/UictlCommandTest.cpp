@@ -42,63 +42,57 @@ TEST(UictlCommandTest, RawStartsItsOwnServerShowsTheWholeAnswerAndKeepsItWhenAsk
     EXPECT_EQ(0, kill(static_cast<pid_t>(client.ServerPid()), SIGTERM));
 }
 
-TEST(UictlCommandTest, JoinedServerAnswersAndTheExitStatusTellsTheAnswer) {
+// Rows with "MAIN" join a server that cannot show dialogs (no display).
+TEST(UictlCommandTest, TheExitStatusTellsTheAnswerAndMistakesAndMissingPiecesAreSaid) {
     CNyTestServer server;
     ASSERT_TRUE(server.Started());
+    std::string strMissing = NyTestUniqueName("nobody");
+    const char* const szNoRes = "/nonexistent/ukey-uiserver";
     struct {
         std::vector<std::string> vArgs;
         int iExit;
         std::string strExpected;
+        const char* szDisplay;
     } aCases[] = {
-        {{"raw", "--cmd", "2", "--json"}, 0, "{\"enRes\":2,\"result\":\"UI_RESULT_OK\","},
-        {{"raw", "--cmd", "2", "--protect", "00112233445566778899aabbccddeeff"},
+        {{"raw", "--cmd", "2", "--json", "MAIN"},
          0,
-         "enRes: 2\nresult: UI_RESULT_OK\n"},
-        {{"raw", "--cmd", "0x10001", "--async", "--json"},
+         "{\"enRes\":2,\"result\":\"UI_RESULT_OK\",",
+         nullptr},
+        {{"raw", "--cmd", "2", "--protect", "00112233445566778899aabbccddeeff", "MAIN"},
          0,
-         "\"result\":\"UI_RESULT_START_FAILED\""},
-        {{"raw", "--cmd", "0x10009", "--mode", "1"}, 0, "enRes: 0\n"},
-        // Without a display the server cannot run dialogs.
-        {{"verify", "--async", "--json"}, 4, "could not show the dialog"},
-        {{"verify", "--id", "7"}, 3, "result: UI_RESULT_NOT_PROCESSED\n"},
+         "enRes: 2\nresult: UI_RESULT_OK\n",
+         nullptr},
+        {{"raw", "--cmd", "0x10001", "--async", "MAIN"},
+         0,
+         "result: UI_RESULT_START_FAILED\n",
+         nullptr},
+        {{"raw", "--cmd", "0x10009", "--mode", "1", "MAIN"}, 0, "enRes: 0\n", nullptr},
+        {{"verify", "--async", "MAIN"}, 4, "could not show the dialog", nullptr},
+        {{"verify", "--id", "7", "MAIN"}, 3, "result: UI_RESULT_NOT_PROCESSED\n", nullptr},
+        {{}, 2, "ukey-uictl: no command given\nTry 'ukey-uictl --help'.\n", nullptr},
+        {{"frobnicate"}, 2, "ukey-uictl: unknown command \"frobnicate\"\nTry", nullptr},
+        {{"raw", "--cmd"}, 2, "option --cmd needs a value\nTry", nullptr},
+        {{"raw", "--main", strMissing}, 5, "(error 0xE0600017)", nullptr},
+        {{"raw", "--server", szNoRes},
+         5,
+         "cannot start the UI server \"/nonexistent/ukey-uiserver\"",
+         nullptr},
+        {{"verify"}, 4, "ukey-uictl: no display to show the dialog on", nullptr},
+        {{"verify", "--server", szNoRes},
+         4,
+         "resources are missing (no folder /nonexistent/res)",
+         ":99"},
+        {{"--version"}, 0, "ukey-uictl " NY_VERSION_STRING "\n", nullptr},
     };
     for (auto& c : aCases) {
-        c.vArgs.insert(c.vArgs.end(), {"--main", server.MainName()});
-        BlkTestRunTag run = RunUictl(c.vArgs);
-        EXPECT_EQ(c.iExit, run.iExit) << run.strOutput;
-        EXPECT_TRUE(NyTestContains(run.strOutput, c.strExpected)) << run.strOutput;
-    }
-    EXPECT_TRUE(server.Stop());
-}
-
-TEST(UictlCommandTest, MistakesAndMissingPiecesAreSaidWithTheirOwnExitStatus) {
-    std::string strMissing = NyTestUniqueName("nobody");
-    struct {
-        std::vector<std::string> vArgs;
-        const char* szDisplay;
-        int iExit;
-        std::string strExpected;
-    } aCases[] = {
-        {{}, nullptr, 2, "ukey-uictl: no command given\nTry 'ukey-uictl --help'.\n"},
-        {{"frobnicate"}, nullptr, 2, "ukey-uictl: unknown command \"frobnicate\"\nTry"},
-        {{"raw", "--cmd"}, nullptr, 2, "option --cmd needs a value\nTry"},
-        {{"raw", "--main", strMissing}, nullptr, 5, "(error 0xE0600017)"},
-        {{"raw", "--server", "/nonexistent/ukey-uiserver"},
-         nullptr,
-         5,
-         "cannot start the UI server \"/nonexistent/ukey-uiserver\""},
-        {{"verify"}, nullptr, 4, "ukey-uictl: no display to show the dialog on"},
-        {{"verify", "--server", "/nonexistent/ukey-uiserver"},
-         ":99",
-         4,
-         "resources are missing (no folder /nonexistent/res)"},
-        {{"--version"}, nullptr, 0, "ukey-uictl " NY_VERSION_STRING "\n"},
-    };
-    for (const auto& c : aCases) {
+        for (std::string& strArg : c.vArgs) {
+            strArg = strArg == "MAIN" ? "--main=" + server.MainName() : strArg;
+        }
         BlkTestRunTag run = RunUictl(c.vArgs, c.szDisplay);
         EXPECT_EQ(c.iExit, run.iExit) << run.strOutput;
         EXPECT_TRUE(NyTestContains(run.strOutput, c.strExpected)) << run.strOutput;
     }
+    EXPECT_TRUE(server.Stop());
 }
 
 }  // namespace

@@ -32,66 +32,56 @@ BlkParsedTag Parse(const std::vector<std::string>& vArgs) {
     return parsed;
 }
 
-// "command kind timeout closable detail attempts wait" of a parsed request.
+// What a command line sets: "type mode | the words at 312, 316, 320, 324, 328, 3412 | wait
+// stop", numbers in hexadecimal.
 std::string Fields(const std::vector<std::string>& vArgs) {
     BlkParsedTag parsed = Parse(vArgs);
     EXPECT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
+    EXPECT_EQ(parsed.options.bAsync, parsed.blkReq.u4Mode == UI_MODE_ASYNC) << vArgs[0];
     char sz[128];
-    snprintf(sz, sizeof(sz), "%X %u %u %u %X %u %d", parsed.blkReq.enUiCmdType,
-             parsed.Field(UI_OFS_CONFIRM_KIND), parsed.Field(UI_OFS_CONFIRM_TIMEOUT),
-             parsed.Field(UI_OFS_CONFIRM_CLOSABLE), parsed.Field(UI_OFS_CONFIRM_DETAIL),
-             parsed.Field(UI_OFS_CONFIRM_ATTEMPTS), static_cast<int>(parsed.options.u4WaitS));
+    snprintf(sz, sizeof(sz), "%X %X | %X %X %X %X %X %X | %X %X", parsed.blkReq.enUiCmdType,
+             parsed.blkReq.u4Mode, parsed.Field(312), parsed.Field(316), parsed.Field(320),
+             parsed.Field(324), parsed.Field(328), parsed.Field(3412), parsed.options.u4WaitS,
+             parsed.options.u4StopAfterMs);
     return sz;
 }
 
-TEST(UictlOptionsTest, FieldsDefaultsAndLimitsOfEachCommand) {
-    const std::pair<std::vector<std::string>, const char*> aCases[] = {
-        {{"confirm"}, "10004 1 30 0 0 0 30"},
+TEST(UictlOptionsTest, EachCommandSetsItsFieldsDefaultsAndLimits) {
+    const std::string strNone = " | FFFFFFFF FFFFFFFF";
+    const std::pair<std::vector<std::string>, std::string> aCases[] = {
+        // A confirmation ends with its countdown unless --wait ends it earlier.
+        {{"confirm"}, "10004 1 | 1 0 0 0 0 1E | 1E FFFFFFFF"},
         {{"confirm", "--kind", "3", "--timeout", "45", "--closable", "--detail", "E06163CF",
           "--attempts=2", "--timeout=60", "--wait", "50"},
-         "10004 3 60 1 E06163CF 2 50"},
-        {{"confirm", "--detail", "0xee", "--wait=90"}, "10004 1 30 0 EE 0 30"},
-        {{"fingerprint"}, "10004 16 0 0 0 0 -1"},
-        {{"fingerprint", "--enrol", "--json"}, "10004 15 0 0 0 0 -1"},
-        {{"fingerprint", "--enrol", "--verify"}, "10004 16 0 0 0 0 -1"},
+         "10004 1 | 3 1 0 E06163CF 2 3C | 32 FFFFFFFF"},
+        {{"confirm", "--detail", "0xee", "--wait=90"}, "10004 1 | 1 0 0 EE 0 1E | 1E FFFFFFFF"},
+        {{"fingerprint"}, "10004 0 | 10 0 0 0 0 0" + strNone},
+        {{"fingerprint", "--enrol", "--stop-after", "1"}, "10004 1 | F 0 0 0 0 0 | FFFFFFFF 1"},
+        {{"fingerprint", "--enrol", "--verify"}, "10004 0 | 10 0 0 0 0 0" + strNone},
+        {{"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"},
+         "10003 0 | E06163C3 3 0 0 0 0" + strNone},
+        {{"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"},
+         "10006 0 | 2 6 10 0 0 0" + strNone},
+        {{"new-pin", "--terminate-after", "500", "--min", "4"},
+         "10002 1 | 4 0 0 0 0 0 | FFFFFFFF 1F4"},
+        {{"verify", "--wait", "5", "--max", "8"}, "10001 1 | 0 8 0 0 0 0 | 5 FFFFFFFF"},
+        {{"unblock", "--min", "4", "--max", "9"}, "10007 0 | 4 9 0 0 0 0" + strNone},
+        {{"label", "--pin-min", "1", "--pin-max", "2", "--name-min", "3", "--name-max", "4"},
+         "10008 0 | 1 2 3 4 0 0" + strNone},
+        {{"raw", "--async", "--cmd", "7", "--u32", "3412=0x10"}, "7 1 | 0 0 0 0 0 10" + strNone},
     };
     for (const auto& c : aCases) {
         EXPECT_EQ(c.second, Fields(c.first)) << c.first.back();
     }
-    BlkParsedTag message =
-        Parse({"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"});
-    EXPECT_EQ(0xE06163C3u, message.Field(312));
-    EXPECT_EQ(3u, message.Field(316));
-    EXPECT_EQ(9u, message.options.u4InteractionId);
-    BlkParsedTag change =
-        Parse({"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"});
-    EXPECT_EQ(UI_CMD_CHANGE_PIN_FORCED, change.blkReq.enUiCmdType);
-    EXPECT_EQ(6u, change.Field(UI_OFS_CHANGE_MIN_LEN));
-    EXPECT_EQ(16u, change.Field(UI_OFS_CHANGE_MAX_LEN));
-    EXPECT_EQ(2u, change.Field(UI_OFS_CHANGE_PIN_KIND));
-}
-
-TEST(UictlOptionsTest, TimetableOrLimitRunsTheDialogAsynchronously) {
-    BlkParsedTag parsed = Parse({"fingerprint", "--enrol", "--update-after", "1000:EF",
-                                 "--update-after=250:0x000000EA", "--stop-after", "3000"});
-    ASSERT_EQ(NY_TOOL_RUN, parsed.enParse) << parsed.strError;
+    EXPECT_EQ(9u, Parse({"message", "--id", "9"}).options.u4InteractionId);
+    BlkParsedTag parsed =
+        Parse({"fingerprint", "--update-after", "1000:EF", "--update-after=250:0x000000EA"});
     ASSERT_EQ(2u, parsed.options.vUpdates.size());
     EXPECT_EQ(1000u, parsed.options.vUpdates[0].u4AfterMs);
     EXPECT_EQ(0xEFu, parsed.options.vUpdates[0].u4Detail);
     EXPECT_EQ(250u, parsed.options.vUpdates[1].u4AfterMs);
     EXPECT_EQ(0xEAu, parsed.options.vUpdates[1].u4Detail);
-    EXPECT_EQ(3000u, parsed.options.u4StopAfterMs);
-    for (const auto& vArgs :
-         std::vector<std::vector<std::string>>{{"fingerprint", "--stop-after", "1"},
-                                               {"new-pin", "--terminate-after", "500"},
-                                               {"verify", "--wait", "5"},
-                                               {"confirm"},
-                                               {"raw", "--async"}}) {
-        BlkParsedTag async = Parse(vArgs);
-        EXPECT_TRUE(async.options.bAsync) << vArgs[0];
-        EXPECT_EQ(UI_MODE_ASYNC, async.blkReq.u4Mode) << vArgs[0];
-    }
-    EXPECT_FALSE(Parse({"new-pin"}).options.bAsync);
+    EXPECT_TRUE(parsed.options.bAsync);
 }
 
 TEST(UictlOptionsTest, MistakesAreRefusedWithAReason) {

@@ -1,0 +1,187 @@
+// ukey-logview in-process: its options and filters, and how it renders records.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <cstring>
+#include <string>
+
+#include "NyLogViewFormat.h"
+#include "NyLogViewOptions.h"
+#include "NyLogViewTestItem.h"
+#include "NyLogViewText.h"
+#include "runtime/NyResult.h"
+#include "support/NyTestRun.h"
+
+tagBlkLogItem NyLogViewTestItem(uint32_t u4Level, const char* szSource, const char* szMessage) {
+    tagBlkLogItem item;
+    memset(&item, 0, sizeof(item));
+    item.u4Level = u4Level;
+    item.u8Time = NY_LOG_VIEW_TEST_STAMP;
+    item.u4Pid = 4321;
+    item.u4Tid = 4322;
+    item.u4Line = 77;
+    strcpy(item.szSource, szSource);
+    strcpy(item.szMessage, szMessage);
+    return item;
+}
+
+namespace {
+
+// Runs the test in a fixed time zone (this program's other tests do not depend on one).
+class NyLogViewFormat : public ::testing::Test {
+protected:
+    void SetUp() override { UseZone("UTC0"); }
+    static void UseZone(const char* szTz) {
+        setenv("TZ", szTz, 1);
+        tzset();
+    }
+};
+
+TEST_F(NyLogViewFormat, TimeIsLocalWithMillisecondsAndAMissingOneIsADash) {
+    EXPECT_EQ("2026-11-23 08:36:18.123", NyLogViewFormatTime(NY_LOG_VIEW_TEST_STAMP, false));
+    EXPECT_EQ("2026-11-23T08:36:18.123+00:00", NyLogViewFormatTime(NY_LOG_VIEW_TEST_STAMP, true));
+    EXPECT_EQ("-", NyLogViewFormatTime(0, false));
+    EXPECT_EQ("1970-01-01 00:00:00.000", NyLogViewFormatTime(1, false));
+    UseZone("CST-8");
+    EXPECT_EQ("2026-11-23 16:36:18.123", NyLogViewFormatTime(NY_LOG_VIEW_TEST_STAMP, false));
+    EXPECT_EQ("2026-11-23T16:36:18.123+08:00", NyLogViewFormatTime(NY_LOG_VIEW_TEST_STAMP, true));
+    UseZone("NST+3:30");
+    EXPECT_EQ("2026-11-23T05:06:18.123-03:30", NyLogViewFormatTime(NY_LOG_VIEW_TEST_STAMP, true));
+}
+
+TEST_F(NyLogViewFormat, TextLineShowsEveryFieldInOrderOnOneLine) {
+    const std::string strHead = "2026-11-23 08:36:18.123 ";
+    const std::string strIds = " [4321:4322] source/GUIverify.cpp:77 ";
+    EXPECT_EQ(strHead + "TRACE" + strIds + "start UI server!",
+              NyLogViewFormatText(
+                  NyLogViewTestItem(LOG_TRACE, "source/GUIverify.cpp", "start UI server!")));
+    EXPECT_EQ(strHead + "INFO" + strIds + "a\\r\\nb\\n",
+              NyLogViewFormatText(NyLogViewTestItem(LOG_INFO, "source/GUIverify.cpp", "a\r\nb\n")));
+    EXPECT_EQ(strHead + "9" + strIds + "x",
+              NyLogViewFormatText(NyLogViewTestItem(9, "source/GUIverify.cpp", "x")));
+}
+
+TEST_F(NyLogViewFormat, JsonLineCarriesEveryFieldEscaped) {
+    tagBlkLogItem item =
+        NyLogViewTestItem(LOG_ERROR, "source/a\\b.cpp", "say \"hi\"\n\tand\x01 stop");
+    EXPECT_EQ("{\"time\":\"2026-11-23T08:36:18.123+00:00\",\"time100ns\":" +
+                  std::to_string(NY_LOG_VIEW_TEST_STAMP) +
+                  ",\"level\":3,\"levelName\":\"ERROR\",\"pid\":4321,\"tid\":4322,"
+                  "\"source\":\"source/a\\\\b.cpp\",\"line\":77,"
+                  "\"message\":\"say \\\"hi\\\"\\n\\tand\\u0001 stop\"}",
+              NyLogViewFormatJson(item));
+}
+
+TEST_F(NyLogViewFormat, UnterminatedFieldsEndAtTheirSize) {
+    tagBlkLogItem item = NyLogViewTestItem(LOG_INFO, "", "");
+    memset(item.szSource, 'S', sizeof(item.szSource));
+    memset(item.szMessage, 'M', sizeof(item.szMessage));
+    std::string strLine = NyLogViewFormatText(item);
+    EXPECT_NE(std::string::npos, strLine.find(std::string(sizeof(item.szSource), 'S') + ":77 "));
+    EXPECT_EQ(sizeof(item.szMessage), strLine.size() - strLine.rfind(' ') - 1);
+}
+
+TEST(NyLogViewText, MessagesBecomeUtf8AndJsonStringsAreEscaped) {
+    const struct {
+        std::string strIn;
+        std::string strOut;
+    } aUtf8[] = {
+        {"u4Result = E0600007", "u4Result = E0600007"},
+        {"\xE4\xB8\xAD\xE6\x96\x87 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},  // UTF-8 kept
+        {"\xD6\xD0\xCE\xC4 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},          // GB18030 converted
+        {"a\xFF\xFF", "a\xEF\xBF\xBD\xEF\xBF\xBD"},                        // neither: replaced
+        {std::string("ab\0cd", 5), "ab"},
+    };
+    for (const auto& c : aUtf8) {
+        EXPECT_EQ(c.strOut, NyLogViewToUtf8(c.strIn.data(), c.strIn.size())) << c.strIn;
+    }
+    const struct {
+        std::string strIn;
+        std::string strOut;
+    } aJson[] = {
+        {"a\"b\\c", "\"a\\\"b\\\\c\""},
+        {"\r\n\t", "\"\\r\\n\\t\""},
+        {std::string("\x01\x1F\x7F", 3), "\"\\u0001\\u001f\\u007f\""},
+    };
+    for (const auto& c : aJson) {
+        EXPECT_EQ(c.strOut, NyLogViewJsonString(c.strIn)) << c.strIn;
+    }
+}
+
+uint32_t Parse(const std::vector<std::string>& vArgs, BlkLogViewOptionsTag& opts,
+               std::string& strError) {
+    CNyTestArgv argv(vArgs);
+    return NyLogViewParseOptions(argv.Argc(), argv.Argv(), opts, strError);
+}
+
+TEST(NyLogViewOptions, ValuesAreStoredAndFiltersPeekUnlessToldToTake) {
+    BlkLogViewOptionsTag opts;
+    std::string strError;
+    ASSERT_EQ(NY_OK, Parse({}, opts, strError));
+    EXPECT_EQ("/NyShmLog-4b1a", opts.strQueue);
+    EXPECT_EQ(32768u, opts.u4Capacity);
+    EXPECT_FALSE(NyLogViewPeeks(opts));
+    ASSERT_EQ(NY_OK, Parse({"-f", "-j", "--level=Error", "-p", "12", "--pid=34", "-q",
+                            "/NyTestQueue", "--capacity=64", "--create"},
+                           opts, strError))
+        << strError;
+    EXPECT_TRUE(opts.bFollow && opts.bJson && opts.bCreate);
+    EXPECT_EQ(3u, opts.u4MinLevel);
+    EXPECT_EQ((std::vector<uint32_t>{12, 34}), opts.vPids);
+    EXPECT_EQ("/NyTestQueue", opts.strQueue);
+    EXPECT_EQ(64u, opts.u4Capacity);
+    EXPECT_TRUE(NyLogViewPeeks(opts));
+    opts.bTake = true;
+    EXPECT_FALSE(NyLogViewPeeks(opts));
+    BlkLogViewOptionsTag peek;
+    ASSERT_EQ(NY_OK, Parse({"--peek", "-l", "7"}, peek, strError));
+    EXPECT_TRUE(NyLogViewPeeks(peek));
+    EXPECT_EQ(7u, peek.u4MinLevel);
+}
+
+TEST(NyLogViewOptions, BadValuesAreRefusedWithAReason) {
+    const std::pair<std::vector<std::string>, const char*> aCases[] = {
+        {{"-l", "loud"}, "--level needs"},
+        {{"-l", "-1"}, "--level needs"},
+        {{"-p", "0"}, "--pid needs"},
+        {{"-p", "12x"}, "--pid needs"},
+        {{"-p", "4294967296"}, "--pid needs"},
+        {{"-c", "48"}, "--capacity needs"},
+        {{"-c", "2"}, "--capacity needs"},
+        {{"-q", "NoSlash"}, "--queue needs"},
+        {{"-q", "/a/b"}, "--queue needs"},
+        {{"-q", "/"}, "--queue needs"},
+        {{"stray"}, "unexpected argument"},
+        {{"--peek", "--take"}, "exclude each other"},
+        {{"--create"}, "--create needs --queue"},
+        {{"--bogus"}, "unknown option '--bogus'"},
+    };
+    for (const auto& c : aCases) {
+        BlkLogViewOptionsTag opts;
+        std::string strError;
+        EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, Parse(c.first, opts, strError)) << c.second;
+        EXPECT_TRUE(NyTestContains(strError, c.second)) << strError;
+    }
+}
+
+TEST(NyLogViewOptions, FiltersSelectByMinimumLevelAndByProcess) {
+    BlkLogViewOptionsTag opts;
+    tagBlkLogItem item = {};
+    EXPECT_TRUE(NyLogViewAccepts(opts, item));
+    opts.u4MinLevel = LOG_INFO;
+    opts.vPids = {100, 200};
+    // level, pid, shown
+    const uint32_t aCases[][3] = {{LOG_TRACE, 100, 0},
+                                  {LOG_INFO, 100, 1},
+                                  {LOG_ERROR, 200, 1},
+                                  {9, 200, 1},
+                                  {LOG_ERROR, 300, 0}};
+    for (const auto& c : aCases) {
+        item.u4Level = c[0];
+        item.u4Pid = c[1];
+        EXPECT_EQ(c[2] != 0, NyLogViewAccepts(opts, item)) << c[0] << "/" << c[1];
+    }
+}
+
+}  // namespace

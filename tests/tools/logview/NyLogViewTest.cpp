@@ -51,15 +51,14 @@ TEST_F(NyLogViewFormat, TimeIsLocalWithMillisecondsAndAMissingOneIsADash) {
 }
 
 TEST_F(NyLogViewFormat, TextLineShowsEveryFieldInOrderOnOneLine) {
-    const std::string strHead = "2026-11-23 08:36:18.123 ";
+    auto Text = [](uint32_t u4Level, const char* szMessage) {
+        return NyLogViewFormatText(NyLogViewTestItem(u4Level, "source/GUIverify.cpp", szMessage));
+    };
     const std::string strIds = " [4321:4322] source/GUIverify.cpp:77 ";
-    EXPECT_EQ(strHead + "TRACE" + strIds + "start UI server!",
-              NyLogViewFormatText(
-                  NyLogViewTestItem(LOG_TRACE, "source/GUIverify.cpp", "start UI server!")));
-    EXPECT_EQ(strHead + "INFO" + strIds + "a\\r\\nb\\n",
-              NyLogViewFormatText(NyLogViewTestItem(LOG_INFO, "source/GUIverify.cpp", "a\r\nb\n")));
-    EXPECT_EQ(strHead + "9" + strIds + "x",
-              NyLogViewFormatText(NyLogViewTestItem(9, "source/GUIverify.cpp", "x")));
+    EXPECT_EQ("2026-11-23 08:36:18.123 TRACE" + strIds + "start UI server!",
+              Text(LOG_TRACE, "start UI server!"));
+    EXPECT_EQ("2026-11-23 08:36:18.123 INFO" + strIds + "a\\r\\nb\\n", Text(LOG_INFO, "a\r\nb\n"));
+    EXPECT_EQ("2026-11-23 08:36:18.123 9" + strIds + "x", Text(9, "x"));
 }
 
 TEST_F(NyLogViewFormat, JsonLineCarriesEveryFieldEscaped) {
@@ -83,10 +82,7 @@ TEST_F(NyLogViewFormat, UnterminatedFieldsEndAtTheirSize) {
 }
 
 TEST(NyLogViewText, MessagesBecomeUtf8AndJsonStringsAreEscaped) {
-    const struct {
-        std::string strIn;
-        std::string strOut;
-    } aUtf8[] = {
+    const std::pair<std::string, std::string> aUtf8[] = {
         {"u4Result = E0600007", "u4Result = E0600007"},
         {"\xE4\xB8\xAD\xE6\x96\x87 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},  // UTF-8 kept
         {"\xD6\xD0\xCE\xC4 PIN", "\xE4\xB8\xAD\xE6\x96\x87 PIN"},          // GB18030 converted
@@ -94,18 +90,15 @@ TEST(NyLogViewText, MessagesBecomeUtf8AndJsonStringsAreEscaped) {
         {std::string("ab\0cd", 5), "ab"},
     };
     for (const auto& c : aUtf8) {
-        EXPECT_EQ(c.strOut, NyLogViewToUtf8(c.strIn.data(), c.strIn.size())) << c.strIn;
+        EXPECT_EQ(c.second, NyLogViewToUtf8(c.first.data(), c.first.size())) << c.first;
     }
-    const struct {
-        std::string strIn;
-        std::string strOut;
-    } aJson[] = {
+    const std::pair<std::string, std::string> aJson[] = {
         {"a\"b\\c", "\"a\\\"b\\\\c\""},
         {"\r\n\t", "\"\\r\\n\\t\""},
         {std::string("\x01\x1F\x7F", 3), "\"\\u0001\\u001f\\u007f\""},
     };
     for (const auto& c : aJson) {
-        EXPECT_EQ(c.strOut, NyLogViewJsonString(c.strIn)) << c.strIn;
+        EXPECT_EQ(c.second, NyLogViewJsonString(c.first)) << c.first;
     }
 }
 
@@ -159,17 +152,17 @@ TEST(NyLogViewOptions, FiltersSelectByMinimumLevelAndByProcess) {
     EXPECT_TRUE(NyLogViewAccepts(opts, item));
     opts.u4MinLevel = LOG_INFO;
     opts.vPids = {100, 200};
-    // level, pid, shown
-    const uint32_t aCases[][3] = {{LOG_TRACE, 100, 0},
-                                  {LOG_INFO, 100, 1},
-                                  {LOG_ERROR, 200, 1},
-                                  {9, 200, 1},
-                                  {LOG_ERROR, 300, 0}};
-    for (const auto& c : aCases) {
-        item.u4Level = c[0];
-        item.u4Pid = c[1];
-        EXPECT_EQ(c[2] != 0, NyLogViewAccepts(opts, item)) << c[0] << "/" << c[1];
+    std::string strShown;
+    for (const auto& c : {std::make_pair(LOG_TRACE, 100),
+                          {LOG_INFO, 100},
+                          {LOG_ERROR, 200},
+                          {9, 200},
+                          {LOG_ERROR, 300}}) {
+        item.u4Level = c.first;
+        item.u4Pid = c.second;
+        strShown += NyLogViewAccepts(opts, item) ? "1" : "0";
     }
+    EXPECT_EQ("01110", strShown);
 }
 
 }  // namespace

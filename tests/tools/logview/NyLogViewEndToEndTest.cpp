@@ -3,13 +3,15 @@
 
 #include <cstring>
 
-#include "NyLogViewTestItem.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "support/CNyTestChild.h"
 #include "support/NyTestLogQueue.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestRun.h"
+
+// A record of pid 4321, thread 4322, line 77 (built by the in-process tests).
+tagBlkLogItem NyLogViewTestItem(uint32_t u4Level, const char* szSource, const char* szMessage);
 
 namespace {
 
@@ -40,12 +42,20 @@ void Push(CLockfreeArrayQueue* pQueue, uint32_t u4Level, uint64_t u8Time, const 
     ASSERT_EQ(NY_LFQ_OK, pQueue->Push(item));
 }
 
-TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthers) {
+TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthersAndMistakesAreSaid) {
     CNyTestLogQueue queue(16);
     // Without --create a named queue that does not exist is not made.
     BlkTestRunTag missing = NyTestRun(ViewerArgs(queue, {}));
     EXPECT_EQ(1, missing.iExit);
-    EXPECT_TRUE(NyTestContains(missing.strOutput, "there is no log queue")) << missing.strOutput;
+    EXPECT_EQ(std::string("ukey-logview: there is no log queue ") + queue.QueueName() +
+                  " (--create makes one)\n",
+              missing.strOutput);
+    BlkTestRunTag bad = NyTestRun(ViewerArgs(queue, {"--level", "loud"}));
+    EXPECT_EQ(2, bad.iExit);
+    EXPECT_EQ(
+        "ukey-logview: option --level needs trace, info, error or a number\nTry "
+        "'ukey-logview --help'.\n",
+        bad.strOutput);
     EXPECT_EQ(nullptr, queue.View());
     ASSERT_EQ(0, NyTestRun(ViewerArgs(queue, {"--create"})).iExit);
     CLockfreeArrayQueue* pQueue = queue.View();
@@ -111,15 +121,6 @@ TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrl
         "\"source\":\"source/MainServer.cpp\",\"line\":9,\"message\":\"u4Result = E0600007 "
         "\\\"x\\\"\\n\"}",
         vLines[iRecords].substr(vLines[iRecords].find("\"source\"")));
-}
-
-TEST(NyLogViewEndToEnd, ABadOptionGetsOneLineAndAHint) {
-    BlkTestRunTag bad = NyTestRun({NyTestBinPath("ukey-logview"), "--level", "loud"});
-    EXPECT_EQ(2, bad.iExit);
-    EXPECT_EQ(
-        "ukey-logview: option --level needs trace, info, error or a number\nTry "
-        "'ukey-logview --help'.\n",
-        bad.strOutput);
 }
 
 }  // namespace

@@ -8,11 +8,15 @@
 
 #include "NyLogViewFormat.h"
 #include "NyLogViewOptions.h"
-#include "NyLogViewTestItem.h"
 #include "NyLogViewText.h"
+#include "log/NyLogTime.h"
 #include "runtime/NyResult.h"
 #include "support/NyTestRun.h"
 
+// 2026-11-23 08:36:18.123456 UTC.
+constexpr uint64_t NY_LOG_VIEW_TEST_STAMP = NyLogTimeFromUnix(1795422978ULL, 123456ULL);
+
+// A record of pid 4321, thread 4322, line 77, logged at NY_LOG_VIEW_TEST_STAMP.
 tagBlkLogItem NyLogViewTestItem(uint32_t u4Level, const char* szSource, const char* szMessage) {
     tagBlkLogItem item;
     memset(&item, 0, sizeof(item));

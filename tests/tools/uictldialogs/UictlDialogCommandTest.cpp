@@ -30,15 +30,11 @@ protected:
     // A server of our own on the display, so that its accessibility tree can be read.
     void SetUp() override {
         m_strMain = NyTestUniqueName("uictlcf");
-        m_pidServer = NyUiServerSpawn(NyTestBinPath("ukey-uiserver").c_str(), m_strMain.c_str(),
-                                      false, nullptr);
-        ASSERT_GT(m_pidServer, 0);
-        ASSERT_TRUE(NyTestWaitUntil(
-            [this] {
-                CNyUiClient client;
-                return client.JoinServer(m_strMain.c_str(), 50) == NY_OK;
-            },
-            NY_WAIT_MS));
+        CNyUiClient client;
+        ASSERT_EQ(NY_OK, client.StartServer(NyTestBinPath("ukey-uiserver").c_str(),
+                                            m_strMain.c_str(), NY_WAIT_MS));
+        m_pidServer = client.StartedServerPid();
+        client.KeepServer();
     }
     void TearDown() override { EXPECT_TRUE(NyUiServerStop(m_pidServer, 5000)); }
 

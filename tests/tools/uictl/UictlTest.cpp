@@ -38,7 +38,8 @@ BlkParsedTag Parse(const std::vector<std::string>& vArgs) {
 }
 
 // What a command line sets: "type mode | the words at 312, 316, 320, 324, 328, 3412 | wait
-// stop", numbers in hexadecimal; or why it was refused.
+// stop interaction id", then " +MS:DETAIL" for each update, numbers in hexadecimal; or why it
+// was refused.
 std::string Fields(const std::vector<std::string>& vArgs) {
     BlkParsedTag parsed = Parse(vArgs);
     if (parsed.enParse != NY_TOOL_RUN) {
@@ -46,32 +47,38 @@ std::string Fields(const std::vector<std::string>& vArgs) {
     }
     EXPECT_EQ(parsed.options.bAsync, parsed.blkReq.u4Mode == UI_MODE_ASYNC) << vArgs[0];
     char sz[128];
-    snprintf(sz, sizeof(sz), "%X %X | %X %X %X %X %X %X | %X %X", parsed.blkReq.enUiCmdType,
+    snprintf(sz, sizeof(sz), "%X %X | %X %X %X %X %X %X | %X %X %X", parsed.blkReq.enUiCmdType,
              parsed.blkReq.u4Mode, parsed.Field(312), parsed.Field(316), parsed.Field(320),
              parsed.Field(324), parsed.Field(328), parsed.Field(3412), parsed.options.u4WaitS,
-             parsed.options.u4StopAfterMs);
-    return sz;
+             parsed.options.u4StopAfterMs, parsed.options.u4InteractionId);
+    std::string strFields = sz;
+    for (const BlkUictlUpdateTag& update : parsed.options.vUpdates) {
+        snprintf(sz, sizeof(sz), " +%u:%X", update.u4AfterMs, update.u4Detail);
+        strFields += sz;
+    }
+    return strFields;
 }
 
 TEST(UictlOptionsTest, EachCommandSetsItsFieldsDefaultsAndLimitsOrSaysWhyNot) {
-    const std::string strNone = " | FFFFFFFF FFFFFFFF";
+    const std::string strNone = " | FFFFFFFF FFFFFFFF 1";
     const std::pair<std::vector<std::string>, std::string> aCases[] = {
         // A confirmation ends with its countdown unless --wait ends it earlier.
-        {{"confirm"}, "10004 1 | 1 0 0 0 0 1E | 1E FFFFFFFF"},
+        {{"confirm"}, "10004 1 | 1 0 0 0 0 1E | 1E FFFFFFFF 1"},
         {{"confirm", "--kind", "3", "--timeout", "45", "--closable", "--detail", "E06163CF",
           "--attempts=2", "--timeout=60", "--wait", "50"},
-         "10004 1 | 3 1 0 E06163CF 2 3C | 32 FFFFFFFF"},
-        {{"confirm", "--detail", "0xee", "--wait=90"}, "10004 1 | 1 0 0 EE 0 1E | 1E FFFFFFFF"},
+         "10004 1 | 3 1 0 E06163CF 2 3C | 32 FFFFFFFF 1"},
+        {{"confirm", "--detail", "0xee", "--wait=90"}, "10004 1 | 1 0 0 EE 0 1E | 1E FFFFFFFF 1"},
         {{"fingerprint"}, "10004 0 | 10 0 0 0 0 0" + strNone},
-        {{"fingerprint", "--enrol", "--stop-after", "1"}, "10004 1 | F 0 0 0 0 0 | FFFFFFFF 1"},
-        {{"fingerprint", "--enrol", "--verify"}, "10004 0 | 10 0 0 0 0 0" + strNone},
+        {{"fingerprint", "--enrol", "--stop-after", "1"}, "10004 1 | F 0 0 0 0 0 | FFFFFFFF 1 1"},
         {{"message", "--message-id", "E06163C3", "--param", "3", "--id", "9"},
-         "10003 0 | E06163C3 3 0 0 0 0" + strNone},
+         "10003 0 | E06163C3 3 0 0 0 0 | FFFFFFFF FFFFFFFF 9"},
+        {{"fingerprint", "--update-after", "1000:EF", "--update-after=250:0x000000EA"},
+         "10004 1 | 10 0 0 0 0 0 | FFFFFFFF FFFFFFFF 1 +1000:EF +250:EA"},
         {{"change-pin", "--compulsory", "--min", "6", "--max=16", "--kind", "2"},
          "10006 0 | 2 6 10 0 0 0" + strNone},
         {{"new-pin", "--terminate-after", "500", "--min", "4"},
-         "10002 1 | 4 0 0 0 0 0 | FFFFFFFF 1F4"},
-        {{"verify", "--wait", "5", "--max", "8"}, "10001 1 | 0 8 0 0 0 0 | 5 FFFFFFFF"},
+         "10002 1 | 4 0 0 0 0 0 | FFFFFFFF 1F4 1"},
+        {{"verify", "--wait", "5", "--max", "8"}, "10001 1 | 0 8 0 0 0 0 | 5 FFFFFFFF 1"},
         {{"unblock", "--min", "4", "--max", "9"}, "10007 0 | 4 9 0 0 0 0" + strNone},
         {{"label", "--pin-min", "1", "--pin-max", "2", "--name-min", "3", "--name-max", "4"},
          "10008 0 | 1 2 3 4 0 0" + strNone},
@@ -99,15 +106,6 @@ TEST(UictlOptionsTest, EachCommandSetsItsFieldsDefaultsAndLimitsOrSaysWhyNot) {
     for (const auto& c : aCases) {
         EXPECT_EQ(c.second, Fields(c.first)) << c.first.back();
     }
-    EXPECT_EQ(9u, Parse({"message", "--id", "9"}).options.u4InteractionId);
-    BlkParsedTag parsed =
-        Parse({"fingerprint", "--update-after", "1000:EF", "--update-after=250:0x000000EA"});
-    ASSERT_EQ(2u, parsed.options.vUpdates.size());
-    EXPECT_EQ(1000u, parsed.options.vUpdates[0].u4AfterMs);
-    EXPECT_EQ(0xEFu, parsed.options.vUpdates[0].u4Detail);
-    EXPECT_EQ(250u, parsed.options.vUpdates[1].u4AfterMs);
-    EXPECT_EQ(0xEAu, parsed.options.vUpdates[1].u4Detail);
-    EXPECT_TRUE(parsed.options.bAsync);
 }
 
 TEST(UictlOptionsTest, AnswersAreEscapedBoundedByTheirFieldsAndNamed) {

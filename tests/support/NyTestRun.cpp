@@ -10,8 +10,7 @@
 #include "support/NyTestProcess.h"
 
 CNyTestRun::CNyTestRun(const std::vector<std::string>& vArgs)
-    : m_strPath("/tmp/" + NyTestUniqueName("run") + ".out"),
-      m_pid(NyTestSpawn(vArgs, m_strPath)) {}
+    : m_strPath("/tmp/" + NyTestUniqueName("run") + ".out"), m_pid(NyTestSpawn(vArgs, m_strPath)) {}
 
 CNyTestRun::~CNyTestRun() {
     if (m_pid > 0) {

@@ -56,8 +56,8 @@ bool UkeyCfgParseCommand(const char* szName, EnUkeyCfgCommand* penCommand) {
 bool UkeyCfgCheckCommand(const std::vector<std::string>& vOperands, bool bLang,
                          BlkUkeyCfgArgsTag* pArgs, std::string* pstrError) {
     if (vOperands.empty() || !UkeyCfgParseCommand(vOperands[0].c_str(), &pArgs->enCommand)) {
-        *pstrError = vOperands.empty() ? "no command given"
-                                       : "unknown command '" + vOperands[0] + "'";
+        *pstrError =
+            vOperands.empty() ? "no command given" : "unknown command '" + vOperands[0] + "'";
         return false;
     }
     size_t cOperands = pArgs->enCommand == UKEY_CFG_GET ? 2 : 1;

@@ -1,9 +1,9 @@
 // The subcommands of ukey-uictl. Each one is a table entry (UictlCommands.cpp) naming the
-// command type it sends and a handler for its own options; the common part (finding or
-// starting the server, the session, waiting or polling, printing) is shared.
+// command type it sends, its own options and a handler for them; the common part (the option
+// parser, finding or starting the server, the session, waiting or polling, printing) is shared.
 //
 // To add a subcommand: write UictlFoo.cpp with its option handler, declare the handler here,
-// and add one line to the table in UictlCommands.cpp.
+// and add its options and one line to the table in UictlCommands.cpp.
 #pragma once
 
 #include <cstddef>

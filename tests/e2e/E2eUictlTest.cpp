@@ -73,28 +73,28 @@ TEST(E2eUictlTest, EachCommandPrintsWhatThePersonAnswered) {
          "",
          0,
          {"stopped after 1500 ms", "\"enRes\":2"}},
-        {{"message", "--id", "E06163C3", "--param", "0"},
+        {{"message", "--message-id", "E06163C3", "--param", "0"},
          NY_TXT_MESSAGE,
          NY_RETRY,
          "",
          NY_TXT_YES,
          {"\"enRes\":2", "\"choice\":1"}},
-        {{"message", "--id", "E06163C3", "--param", "0"},
+        {{"message", "--message-id", "E06163C3", "--param", "0"},
          NY_TXT_MESSAGE,
          NY_RETRY,
          "",
          NY_TXT_NO,
          {"\"enRes\":5", "\"choice\":2"}},
-        {{"message", "--id", "0", "--param", "7", "--async"},
+        {{"message", "--message-id", "0", "--param", "7", "--async"},
          NY_TXT_MESSAGE,
          "操作成功！",
          "",
          NY_TXT_OK,
          {"\"enRes\":2", "\"choice\":0"}},
-        {{"verify", "--min", "six"}, 0, "", "", 0, {"usage:"}},
-        {{"verify", "--colour", "red"}, 0, "", "", 0, {"usage:"}},
-        {{"message", "--id", "xyz"}, 0, "", "", 0, {"usage:"}},
-        {{"message", "--param", "-1"}, 0, "", "", 0, {"usage:"}},
+        {{"verify", "--min", "six"}, 0, "", "", 0, {"Try 'ukey-uictl --help'."}},
+        {{"verify", "--colour", "red"}, 0, "", "", 0, {"Try 'ukey-uictl --help'."}},
+        {{"message", "--message-id", "xyz"}, 0, "", "", 0, {"Try 'ukey-uictl --help'."}},
+        {{"message", "--param", "-1"}, 0, "", "", 0, {"Try 'ukey-uictl --help'."}},
     };
     CE2eServer server;
     ASSERT_TRUE(server.Started());
@@ -107,7 +107,9 @@ TEST(E2eUictlTest, EachCommandPrintsWhatThePersonAnswered) {
         if (c.u4Title != 0) {
             Answer(server.Pid(), c);
         }
-        EXPECT_EQ(c.u4Title != 0 ? 0 : 2, uictl.Wait(NY_E2E_WAIT_MS));
+        // Usage errors exit 2, a No is a cancel (1), every other answer 0.
+        EXPECT_EQ(c.u4Title == 0 ? 2 : (c.u4Button == NY_TXT_NO ? 1 : 0),
+                  uictl.Wait(NY_E2E_WAIT_MS));
         std::stringstream ss;
         ss << std::ifstream(strOut).rdbuf();
         for (const std::string& strExpected : c.vExpected) {

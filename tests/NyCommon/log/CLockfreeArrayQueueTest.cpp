@@ -97,14 +97,12 @@ TEST(CLockfreeArrayQueue, InitializeRefusesBadBuffersAndLeavesThemUntouched) {
         size_t cbLength;
         uint32_t u4Capacity;
         bool bExisting;
-    } aCases[] = {
-        {"null buffer", true, cbFor4, 4, false},
-        {"capacity 0", false, cbFor4, 0, false},
-        {"capacity 3", false, CLockfreeArrayQueue::CalcBufferLen(3), 3, false},
-        {"one byte short", false, cbFor4 - 1, 4, false},
-        {"one byte long", false, cbFor4 + 1, 4, false},
-        {"existing with another capacity", false, cbFor4, 4, true},
-    };
+    } aCases[] = {{"null buffer", true, cbFor4, 4, false},
+                  {"capacity 0", false, cbFor4, 0, false},
+                  {"capacity 3", false, CLockfreeArrayQueue::CalcBufferLen(3), 3, false},
+                  {"one byte short", false, cbFor4 - 1, 4, false},
+                  {"one byte long", false, cbFor4 + 1, 4, false},
+                  {"existing with another capacity", false, cbFor4, 4, true}};
     for (const auto& c : aCases) {
         ring.Buffer()[100] = 0xAB;
         CLockfreeArrayQueue queue;
@@ -133,17 +131,33 @@ TEST(CLockfreeArrayQueue, SecondViewAttachesToExistingRingOnlyWhenDetached) {
     EXPECT_FALSE(late.Initialize(ring.Buffer(), ring.Length(), 4, true));
 }
 
-TEST(CLockfreeArrayQueue, RingOfCapacityFourHoldsThree) {
-    CTestRing ring(4);
-    ASSERT_TRUE(ring.Attached());
-    PushSequence(ring.Queue(), 0, 3);
-    tagBlkLogItem item = MakeItem(0, 3);
-    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_FULL);
-    EXPECT_EQ(ring.Queue().Count(), 3u);
-
-    EXPECT_EQ(PopLines(ring.Queue(), 1), std::vector<uint32_t>{0});
-    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_OK);
-    EXPECT_EQ(PopLines(ring.Queue(), 10), (std::vector<uint32_t>{1, 2, 3}));
+// A ring of capacity 4 holds 3; batches that cross its end, and positions that wrap the 32-bit
+// range, keep their order.
+TEST(CLockfreeArrayQueue, RingOfFourHoldsThreeInOrderAcrossItsEndAndThe32BitWrap) {
+    for (uint32_t u4Start : {0u, 0xFFFFFFFEu}) {
+        CTestRing ring(4);
+        ASSERT_TRUE(ring.Attached());
+        ring.Header()->u4Reserve = ring.Header()->u4Read = ring.Header()->u4Commit = u4Start;
+        std::vector<uint32_t> vSeen;
+        for (uint32_t u4Next = 0; u4Next < 18; u4Next += 3) {
+            PushSequence(ring.Queue(), u4Next, 3);
+            tagBlkLogItem item = MakeItem(0, 99);
+            EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_FULL);
+            EXPECT_EQ(ring.Header()->u4Commit, u4Start + u4Next + 3);
+            std::vector<uint32_t> v = PopLines(ring.Queue(), u4Next == 0 ? 1 : 10);
+            vSeen.insert(vSeen.end(), v.begin(), v.end());
+            if (u4Next == 0) {
+                EXPECT_EQ(v, std::vector<uint32_t>{0});
+                v = PopLines(ring.Queue(), 10);
+                vSeen.insert(vSeen.end(), v.begin(), v.end());
+            }
+        }
+        std::vector<uint32_t> vExpected(18);
+        for (uint32_t i = 0; i < 18; ++i) {
+            vExpected[i] = i;
+        }
+        EXPECT_EQ(vSeen, vExpected) << "start " << u4Start;
+    }
 }
 
 TEST(CLockfreeArrayQueue, PopCopiesWholeRecordsInOrderAndReportsEmpty) {
@@ -169,45 +183,14 @@ TEST(CLockfreeArrayQueue, PopCopiesWholeRecordsInOrderAndReportsEmpty) {
     EXPECT_EQ(ring.Queue().Count(), 1u);
 }
 
-TEST(CLockfreeArrayQueue, BatchesThatCrossTheRingEndKeepTheirOrder) {
-    CTestRing ring(4);
-    ASSERT_TRUE(ring.Attached());
-    uint32_t u4Next = 0;
-    std::vector<uint32_t> vSeen;
-    for (int iRound = 0; iRound < 6; ++iRound) {
-        PushSequence(ring.Queue(), u4Next, 3);
-        u4Next += 3;
-        std::vector<uint32_t> v = PopLines(ring.Queue(), 10);
-        vSeen.insert(vSeen.end(), v.begin(), v.end());
-    }
-    ASSERT_EQ(vSeen.size(), 18u);
-    for (uint32_t i = 0; i < 18; ++i) {
-        EXPECT_EQ(vSeen[i], i);
-    }
-}
-
-TEST(CLockfreeArrayQueue, PositionsWrapAroundTheThirtyTwoBitRange) {
-    CTestRing ring(4);
-    ASSERT_TRUE(ring.Attached());
-    ring.Header()->u4Reserve = ring.Header()->u4Read = ring.Header()->u4Commit = 0xFFFFFFFEu;
-    PushSequence(ring.Queue(), 0, 3);
-    tagBlkLogItem item = MakeItem(0, 3);
-    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_FULL);
-    EXPECT_EQ(ring.Header()->u4Commit, 1u);
-    EXPECT_EQ(PopLines(ring.Queue(), 10), (std::vector<uint32_t>{0, 1, 2}));
-    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_OK);
-}
-
 TEST(CLockfreeArrayQueue, DiscardDropsOnlyCommittedRecordsOldestFirst) {
     const struct {
         uint32_t u4Stored;
         uint32_t u4Discard;
         uint32_t u4Result;
         std::vector<uint32_t> vLeft;
-    } aCases[] = {
-        {2, 5, 1, {}},  {0, 5, 1, {}},   {3, 0, 1, {0, 1, 2}},
-        {3, 2, 1, {2}}, {7, 100, 1, {}}, {5, 3, 1, {3, 4}},
-    };
+    } aCases[] = {{2, 5, 1, {}},  {0, 5, 1, {}},   {3, 0, 1, {0, 1, 2}},
+                  {3, 2, 1, {2}}, {7, 100, 1, {}}, {5, 3, 1, {3, 4}}};
     for (const auto& c : aCases) {
         CTestRing ring(8);
         ASSERT_TRUE(ring.Attached());

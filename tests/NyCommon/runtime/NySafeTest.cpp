@@ -139,22 +139,13 @@ void RunCatCases(bool (*pfnCat)(T*, size_t, const T*), const char* szRoutine,
 
 }  // namespace
 
-TEST(NySafeStrings, CopyCutsAtCapacityAndReports) {
+TEST(NySafeStrings, CopyAndCatCutAtCapacityReportAndRejectInvalidParameters) {
     RunCopyCases<char>(NyStrCopy, "NyStrCopy", [](const std::string& s) { return s; });
     RunCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy", Wide);
-}
-
-TEST(NySafeStrings, CopyRejectsInvalidParameters) {
-    RunInvalidCopyCases<char>(NyStrCopy, "NyStrCopy");
-    RunInvalidCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy");
-}
-
-TEST(NySafeStrings, CatAppendsWhatFitsAndReports) {
     RunCatCases<char>(NyStrCat, "NyStrCat", [](const std::string& s) { return s; });
     RunCatCases<wchar_t>(NyWcsCat, "NyWcsCat", Wide);
-}
-
-TEST(NySafeStrings, CatRejectsInvalidParameters) {
+    RunInvalidCopyCases<char>(NyStrCopy, "NyStrCopy");
+    RunInvalidCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy");
     RunInvalidCopyCases<char>(NyStrCat, "NyStrCat");
     RunInvalidCopyCases<wchar_t>(NyWcsCat, "NyWcsCat");
 }
@@ -188,20 +179,17 @@ TEST(NySafeStrings, PrintfOutputOfCapacityMinusOneFitsOneMoreIsCut) {
     }
 }
 
-TEST(NySafeStrings, NarrowPrintfCutReportCarriesNoReadableRoutineName) {
-    char szDest[4];
-    std::vector<std::string> vReports = ReportsOf([&] { NyStrPrintf(szDest, 4, "%d", 12345); });
-    ASSERT_EQ(vReports.size(), 1u);
-    const std::string strTail = " failed due to buffer may be too small";
-    const std::string& strReport = vReports[0];
-    ASSERT_GE(strReport.size(), strTail.size());
-    EXPECT_EQ(strReport.substr(strReport.size() - strTail.size()), strTail);
-    EXPECT_NE(strReport.rfind("NyStr", 0), 0u) << strReport;
-}
-
-TEST(NySafeStrings, PrintfRejectsInvalidParameters) {
+TEST(NySafeStrings, PrintfReportsCutsAndRejectsInvalidParameters) {
     char szDest[4] = "ab";
     const char* szNoFormat = nullptr;
+    // The narrow cut report carries no readable routine name.
+    std::vector<std::string> vReports = ReportsOf([&] { NyStrPrintf(szDest, 3, "%d", 12345); });
+    ASSERT_EQ(vReports.size(), 1u);
+    const std::string strTail = " failed due to buffer may be too small";
+    ASSERT_GE(vReports[0].size(), strTail.size());
+    EXPECT_EQ(vReports[0].substr(vReports[0].size() - strTail.size()), strTail);
+    EXPECT_NE(vReports[0].rfind("NyStr", 0), 0u) << vReports[0];
+    strcpy(szDest, "ab");
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(nullptr, 4, "x")); }),
               Expected("NyStrVPrintf", "paramters are invalid"));
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(szDest, 0, "x")); }),
@@ -257,7 +245,7 @@ TEST(NySafeMemory, MemCpyResultsAndClearing) {
     }
 }
 
-TEST(NySafeMemory, MemMoveLeavesDestinationUntouchedOnViolation) {
+TEST(NySafeMemory, MemMoveHandlesOverlapAndLeavesDestinationUntouchedOnViolation) {
     const char* szReason = "NULL == pvDest || NULL == pvSrc || cchDest < cchCount";
     char szDest[8] = "abcdefg";
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyMemMove(szDest, 4, "0123456", 5)); }),
@@ -269,9 +257,8 @@ TEST(NySafeMemory, MemMoveLeavesDestinationUntouchedOnViolation) {
     EXPECT_STREQ(szDest, "abcdefg");
     EXPECT_EQ(ReportsOf([&] { EXPECT_TRUE(NyMemMove(nullptr, 0, nullptr, 0)); }),
               std::vector<std::string>{});
-}
+    // Overlapping ranges are copied as if through a temporary.
 
-TEST(NySafeMemory, OverlappingRangesAreCopiedAsIfThroughATemporary) {
     char szForward[] = "0123456789";
     EXPECT_TRUE(NyMemMove(szForward + 2, 8, szForward, 6));
     EXPECT_STREQ(szForward, "0101234589");

@@ -11,10 +11,7 @@
 #include "NyIpcTestSupport.h"
 #include "ipc/NyIpcResult.h"
 #include "ipc/NyMutex.h"
-#include "ipc/NyShareMem.h"
-#include "log/NyLogRecord.h"
 #include "runtime/NyResult.h"
-#include "support/NyTestLogCapture.h"
 #include "support/NyTestProcess.h"
 
 namespace {
@@ -125,29 +122,6 @@ TEST_F(NyMutexTest, LockBytesMatchWhatOtherProgramsSee) {
     EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 0));
     EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
     EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-}
-
-TEST_F(NyMutexTest, LockFailuresOfNamedMutexesAndRegionsAreLogged) {
-    CNyTestLogCapture logCapture;
-    NY_MUTEX_HANDLE hMutex = nullptr;
-    NY_SHM_HANDLE hShm = nullptr;
-    ASSERT_EQ(NY_OK, NyMutexCreate(NewName("mtx").c_str(), &hMutex));
-    ASSERT_EQ(NY_OK, NyShareMemOpen(NewName("shm").c_str(), 4, &hShm));
-    std::thread thHolder([&] {
-        NyMutexWait(hMutex, NY_WAIT_INFINITE);
-        NyShareMemLock(hShm);
-    });
-    thHolder.join();  // the thread ended holding both; its tid stays the owner
-    logCapture.Clear();
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 0));
-    EXPECT_EQ(NY_ERR_NOT_OWNER, NyMutexRelease(hMutex));
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyShareMemLockTimeout(hShm, 0));
-    EXPECT_EQ(NY_ERR_NOT_OWNER, NyShareMemUnlock(hShm));
-    const std::vector<std::string> vExpected = {"u4Result = E060000B", "u4Result = E0600014",
-                                                "u4Result = E060000B", "u4Result = E0600014"};
-    EXPECT_EQ(vExpected, logCapture.MessagesAt(LOG_INFO));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-    EXPECT_EQ(NY_OK, NyShareMemClose(hShm));
 }
 
 TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOtherUntilDestroyed) {

@@ -105,27 +105,6 @@ TEST_F(NyShareMemTest, FileDisappearsWhenTheLastUserClosesAndNotBefore) {
     NyTestKillChild(pid);
 }
 
-TEST_F(NyShareMemTest, SecondOpenInOneProcessSharesTheDescriptorAndSeparatorsBecomeUnderscores) {
-    std::string strBase = NewName("shm");
-    std::string strName = "a/b\\c d" + strBase;
-    std::string strPath = IpcShmPath("a_b_c_d" + strBase);
-    NY_SHM_HANDLE hFirst = nullptr;
-    NY_SHM_HANDLE hSecond = nullptr;
-    ASSERT_EQ(NY_OK, NyShareMemOpen(strName.c_str(), 8, &hFirst));
-    uint32_t u4Created = 1;
-    ASSERT_EQ(NY_OK, UnixShmOpen(strName.c_str(), 8, &hSecond, &u4Created));
-    EXPECT_EQ(0u, u4Created);
-    EXPECT_EQ(1, IpcOpenDescriptors(strPath));
-    EXPECT_EQ(NY_OK, NyShareMemWrite(hFirst, 0, "x", 1));
-    char ch = 0;
-    EXPECT_EQ(NY_OK, NyShareMemRead(hSecond, 0, &ch, 1));
-    EXPECT_EQ('x', ch);
-    EXPECT_EQ(NY_OK, NyShareMemClose(hFirst));
-    EXPECT_TRUE(IpcPathExists(strPath)) << "the second handle still uses it";
-    EXPECT_EQ(NY_OK, NyShareMemClose(hSecond));
-    EXPECT_FALSE(IpcPathExists(strPath));
-}
-
 TEST_F(NyShareMemTest, ReadAndWriteStayInsideTheRegion) {
     const uint32_t E = NY_ERR_OUT_OF_MEMORY;
     const struct {

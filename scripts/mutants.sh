@@ -51,7 +51,7 @@ cfg-expand-room ~~ NyCommon/config/CNyCfgExpander.cpp ~~ test_NyCommon_config ~~
 cfg-string-size ~~ NyCommon/config/NyCfgString.cpp ~~ test_NyCommon_config ~~ if (u4Capacity < cbNeeded) { ~~ if (u4Capacity + 1 < cbNeeded) {
 logq-full ~~ NyCommon/log/CLockfreeArrayQueue.cpp ~~ test_NyCommon_log ~~ if (((u4Reserve + 1) & u4Mask) == (u4Read & u4Mask)) { ~~ if ((u4Reserve & u4Mask) == (u4Read & u4Mask)) {
 logq-index ~~ NyCommon/log/CLockfreeArrayQueue.cpp ~~ test_NyCommon_log ~~ size_t uIndex = u4Position & (m_u4Capacity - 1); ~~ size_t uIndex = (u4Position + 1) & (m_u4Capacity - 1);
-log-level ~~ NyCommon/log/CNyLogger.cpp ~~ test_NyCommon_log ~~ pItem->u4Level = enLevel; ~~ pItem->u4Level = LOG_INFO;
+log-level ~~ NyCommon/log/CNyLogger.cpp ~~ test_NyCommon_log,test_NyCommon_runtime ~~ pItem->u4Level = enLevel; ~~ pItem->u4Level = enLevel == LOG_ERROR ? LOG_INFO : enLevel;
 log-mutex-name ~~ NyCommon/log/CNyShmLogger.cpp ~~ test_NyCommon_log ~~ constexpr const char* NY_SHMLOG_MUTEX_SUFFIX = "}"; ~~ constexpr const char* NY_SHMLOG_MUTEX_SUFFIX = "";
 safe-copy-cut ~~ NyCommon/runtime/NySafe.cpp ~~ test_NyCommon_runtime ~~ bool bFits = cchSrc <= cchDest - 1; ~~ bool bFits = cchSrc <= cchDest;
 safe-cat-room ~~ NyCommon/runtime/NySafe.cpp ~~ test_NyCommon_runtime ~~ size_t cchRoom = cchDest - cchDst - 1; ~~ size_t cchRoom = cchDest - cchDst;

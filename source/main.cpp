@@ -3,6 +3,8 @@
 #include <gtk/gtk.h>
 #include <signal.h>
 
+#include <cstdio>
+
 #include "GUIService.h"
 #include "MainServer.h"
 #include "SessionManager.h"
@@ -41,6 +43,9 @@ void InitGui(int* piArgc, char*** pppArgv) {
     }
 }
 
+// Exit code of a server that found its main channel served by another live server.
+constexpr int EXIT_CHANNEL_BUSY = 3;
+
 uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
     uint32_t u4Result = CreateMainSession(szName);
     if (u4Result != NY_OK) {
@@ -72,6 +77,14 @@ int main(int argc, char** argv) {
     InstallStopSignals();
     static char szName[MAIN_SESSION_NAME_BUFFER];
     CopyMainSessionName(argc > 1 ? argv[1] : nullptr, szName);
+    // Two servers on one channel would each answer some of its requests: a live one keeps it.
+    if (szName[0] != '\0' && IsMainSessionServedElsewhere(szName) == NY_TRUE) {
+        fprintf(stderr,
+                "ukey-uiserver: main session channel \"%s\" is served by a running server\n",
+                szName);
+        NyCommonLibRelease();
+        return EXIT_CHANNEL_BUSY;
+    }
     Serve(szName);
     return static_cast<int>(NyCommonLibRelease());
 }

@@ -1,5 +1,6 @@
-// The low-level request and the canned answers, with two channel objects of one process playing
-// client and server on two threads.
+// The server's side of one region: canned answers, what Listen refuses to serve, and the wipe of
+// an answer once its client has taken it. Two channel objects of one process play client and
+// server; a raw region handle plays a client that writes whatever it likes.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -7,6 +8,8 @@
 
 #include "NyCommTestPeer.h"
 #include "comm/CNyShmCommunication.h"
+#include "ipc/NyEvent.h"
+#include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
@@ -14,19 +17,58 @@
 
 namespace {
 
-BlkShmCommHeaderTag RegionHeader(const std::string& strName) {
-    BlkShmCommHeaderTag blkHeader = {};
-    NY_SHM_HANDLE hShm = nullptr;
-    if (NyShareMemOpen(strName.c_str(), 0, &hShm) == 0) {
-        NyShareMemRead(hShm, 0, &blkHeader, sizeof(blkHeader));
-        NyShareMemClose(hShm);
+constexpr uint32_t EAGAIN_CODE = static_cast<uint32_t>(EAGAIN);
+
+struct ServerFixture : ::testing::Test {
+    void SetUp() override {
+        NyCommonLibInit();
+        ASSERT_EQ(server.StartAsServer(&blkParam, &hServer), 0u);
+        ASSERT_EQ(NyShareMemOpen(strName.c_str(), 0, &hShm), 0u);
     }
+    void TearDown() override {
+        NyShareMemClose(hShm);
+        EXPECT_EQ(server.Disconnect(hServer), 0u);
+        EXPECT_EQ(NyTestCommLeftovers(strName), std::vector<std::string>{});
+        NyCommonLibRelease();
+    }
+    BlkShmCommHeaderTag Header() {
+        BlkShmCommHeaderTag blkHeader = {};
+        NyShareMemRead(hShm, 0, &blkHeader, sizeof(blkHeader));
+        return blkHeader;
+    }
+    // Writes a header and 4 data bytes as a client would, and sets the request event.
+    void Write(const BlkShmCommHeaderTag& blkHeader, uint32_t u4Data) {
+        NyShareMemWrite(hShm, 0, &blkHeader, sizeof(blkHeader));
+        NyShareMemWrite(hShm, COMM_DATA_OFFSET, &u4Data, sizeof(u4Data));
+        NY_EVENT_HANDLE hRequest = nullptr;
+        ASSERT_EQ(NyEventCreate((strName + "_Event_Request").c_str(), &hRequest), 0u);
+        NyEventSet(hRequest);
+        NyEventClose(hRequest);
+    }
+    uint32_t Listen(uint32_t* pu4Data) {
+        uint32_t u4Length = sizeof(*pu4Data);
+        return server.Listen(hServer, pu4Data, &u4Length);
+    }
+
+    std::string strName = NyTestUniqueName("comm-server");
+    BlkCommInitParamTag blkParam = NyTestCommParam(strName);
+    CNyShmCommunication server;
+    NY_COMM_HANDLE hServer = nullptr;
+    NY_SHM_HANDLE hShm = nullptr;
+};
+
+BlkShmCommHeaderTag RequestHeader(uint32_t u4Direction, uint32_t u4Command, uint32_t u4Length) {
+    BlkShmCommHeaderTag blkHeader = {};
+    blkHeader.u4Direction = u4Direction;
+    blkHeader.u4Command = u4Command;
+    blkHeader.u4DataLen = u4Length;
+    blkHeader.u4DataOffset = COMM_DATA_OFFSET;
     return blkHeader;
 }
 
 }  // namespace
 
-TEST(CNyShmCommunication, DefaultResponseAnswersByTheRequestsCommand) {
+TEST_F(ServerFixture, DefaultResponseAnswersByTheRequestsCommand) {
     struct {
         uint32_t u4Command;
         uint32_t u4Returned;    // by DefaultResponse
@@ -36,46 +78,85 @@ TEST(CNyShmCommunication, DefaultResponseAnswersByTheRequestsCommand) {
     } aCases[] = {
         {COMM_COMMAND_ACK, 0, 0, COMM_DIRECTION_REQUEST, 0},
         {COMM_COMMAND_REQUEST, 1, 0, COMM_DIRECTION_ANSWER, COMM_SIGNAL_DEFAULT},
-        {7, 0, static_cast<uint32_t>(EAGAIN), COMM_DIRECTION_REQUEST, 0},
+        {7, 0, EAGAIN_CODE, COMM_DIRECTION_REQUEST, 0},
     };
-    NyCommonLibInit();
+    CNyShmCommunication client;
+    NY_COMM_HANDLE hClient = nullptr;
+    ASSERT_EQ(client.Connect(&blkParam, 500, &hClient), 0u);
     for (const auto& c : aCases) {
-        std::string strName = NyTestUniqueName("comm-default");
-        BlkCommInitParamTag blkParam = NyTestCommParam(strName);
-        CNyShmCommunication server;
-        CNyShmCommunication client;
-        NY_COMM_HANDLE hServer = nullptr;
-        NY_COMM_HANDLE hClient = nullptr;
-        ASSERT_EQ(server.StartAsServer(&blkParam, &hServer), 0u);
-        ASSERT_EQ(client.Connect(&blkParam, 500, &hClient), 0u);
-
-        BlkShmCommHeaderTag blkRequest = {};
-        blkRequest.u4Command = c.u4Command;
-        blkRequest.u4DataLen = 4;
-        blkRequest.u4DataOffset = COMM_DATA_OFFSET;
         uint32_t u4Commit = 0xFFFFFFFF;
-        std::thread requester(
-            [&] { u4Commit = client.InnerCommit(hClient, blkRequest, "data", 300); });
-        uint8_t au1Buffer[16] = {};
-        uint32_t u4Length = sizeof(au1Buffer);
-        uint32_t u4Listen = static_cast<uint32_t>(EAGAIN);
-        for (int i = 0; i < 100 && u4Listen == static_cast<uint32_t>(EAGAIN); ++i) {
-            u4Length = sizeof(au1Buffer);
-            u4Listen = server.Listen(hServer, au1Buffer, &u4Length);
-        }
-        EXPECT_EQ(u4Listen, 0u);
-        EXPECT_EQ(u4Length, 4u);
+        std::thread requester([&] {
+            u4Commit = client.InnerCommit(hClient, RequestHeader(0, c.u4Command, 4), "data", 300);
+        });
         NyOsSleep(50);  // the requester resets the response event after setting the request
         EXPECT_EQ(server.DefaultResponse(hServer), c.u4Returned) << c.u4Command;
         requester.join();
         EXPECT_EQ(u4Commit, c.u4CommitWait) << c.u4Command;
-        BlkShmCommHeaderTag blkLeft = RegionHeader(strName);
-        EXPECT_EQ(blkLeft.u4Direction, c.u4Direction) << c.u4Command;
-        EXPECT_EQ(blkLeft.u4Signal, c.u4Signal) << c.u4Command;
-
-        EXPECT_EQ(client.Disconnect(hClient), 0u);
-        EXPECT_EQ(server.Disconnect(hServer), 0u);
-        EXPECT_EQ(NyTestCommLeftovers(strName), std::vector<std::string>{});
+        EXPECT_EQ(Header().u4Direction, c.u4Direction) << c.u4Command;
+        EXPECT_EQ(Header().u4Signal, c.u4Signal) << c.u4Command;
     }
-    NyCommonLibRelease();
+    EXPECT_EQ(client.Disconnect(hClient), 0u);
+}
+
+TEST_F(ServerFixture, OnlyWhatAClientWroteIsServedAndNothingElseIsAnswered) {
+    struct {
+        BlkShmCommHeaderTag blkHeader;
+        uint32_t u4Listen;
+    } aCases[] = {
+        {RequestHeader(COMM_DIRECTION_ANSWER, COMM_COMMAND_REQUEST, 4), EAGAIN_CODE},
+        {RequestHeader(COMM_DIRECTION_REQUEST, COMM_COMMAND_ACK, 4), EAGAIN_CODE},
+        {RequestHeader(COMM_DIRECTION_REQUEST, COMM_COMMAND_REQUEST, COMM_DEFAULT_DATA_SIZE + 1),
+         EAGAIN_CODE},
+        {RequestHeader(COMM_DIRECTION_REQUEST, COMM_COMMAND_REQUEST, 4), 0},
+    };
+    for (const auto& c : aCases) {
+        Write(c.blkHeader, 0x1234);
+        uint32_t u4Data = 0;
+        EXPECT_EQ(Listen(&u4Data), c.u4Listen) << c.blkHeader.u4Direction << c.blkHeader.u4Command;
+        EXPECT_EQ(u4Data, c.u4Listen == 0 ? 0x1234u : 0u);
+        // Consumed: the next listen finds nothing.
+        EXPECT_EQ(Listen(&u4Data), EAGAIN_CODE);
+    }
+}
+
+TEST_F(ServerFixture, AnswerToARequestThatAnotherClientReplacedIsNotWritten) {
+    uint32_t u4Data = 0;
+    Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);
+    ASSERT_EQ(Listen(&u4Data), 0u);
+    Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 2);  // the first client died, a second came
+    uint32_t u4Answer = 0xAAAA;
+    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Answer, sizeof(u4Answer)};
+    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_REQUEST);
+    ASSERT_EQ(Listen(&u4Data), 0u);
+    EXPECT_EQ(u4Data, 2u);
+    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
+}
+
+TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    ASSERT_EQ(NyMutexCreate((strName + "_Mutex_Communication").c_str(), &hMutex), 0u);
+    std::thread client([&] {
+        NyMutexWait(hMutex, NY_WAIT_INFINITE);
+        Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);
+        NyOsSleep(100);  // the answer arrives meanwhile
+        NyMutexRelease(hMutex);
+    });
+    uint32_t u4Data = 0;
+    for (int i = 0; i < 100 && Listen(&u4Data) != 0; ++i) {
+    }
+    uint32_t u4Pin = 0x31323334;
+    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Pin, sizeof(u4Pin)};
+    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    NyOsSleep(50);
+    uint32_t u4InRegion = 0;
+    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
+    EXPECT_EQ(u4InRegion, u4Pin) << "wiped while its client still held the channel";
+    client.join();
+    NyOsSleep(30);
+    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
+    EXPECT_EQ(u4InRegion, 0u);
+    EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
+    NyMutexDestroy(hMutex);
 }

@@ -120,18 +120,21 @@ uint32_t ProcessMain(const void* pvReq, uint32_t u4ReqSize, BlkMainSessionRespon
 }
 
 TEST(MainRequestTest, TypesAreDecodedIntoTheirStatus) {
+    // A start for client pid 0 (no such process: the session could never end) is refused.
     struct {
         uint32_t u4Type;
         uint32_t u4Status;
-    } aCases[] = {{0, MAIN_STATUS_UNKNOWN_REQUEST},
-                  {MAIN_REQ_FINISH_SESSION, MAIN_STATUS_DONE},
-                  {7, MAIN_STATUS_UNKNOWN_REQUEST}};
+        uint32_t u4Result;
+    } aCases[] = {{0, MAIN_STATUS_UNKNOWN_REQUEST, NY_OK},
+                  {MAIN_REQ_FINISH_SESSION, MAIN_STATUS_DONE, NY_OK},
+                  {7, MAIN_STATUS_UNKNOWN_REQUEST, NY_OK},
+                  {MAIN_REQ_START_SESSION, MAIN_STATUS_START_FAILED, NY_ERR_BAD_ARGUMENT}};
     for (const auto& c : aCases) {
         BlkMainSessionRequestTag blkReq = {};
         blkReq.u4ReqType = c.u4Type;
         blkReq.uInteractionID = 0x0BADF00D;
         BlkMainSessionResponseTag blkResp;
-        EXPECT_EQ(NY_OK, ProcessMain(&blkReq, sizeof(blkReq), &blkResp));
+        EXPECT_EQ(c.u4Result, ProcessMain(&blkReq, sizeof(blkReq), &blkResp));
         EXPECT_EQ(c.u4Type, blkResp.u4ReqType);
         EXPECT_EQ(c.u4Status, blkResp.u4Status);
         EXPECT_EQ(0x0BADF00Du, blkResp.uInteractionID);

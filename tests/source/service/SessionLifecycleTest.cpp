@@ -14,12 +14,14 @@
 #include "NyTestServer.h"
 #include "os/NyOs.h"
 #include "support/NyTestChannelObjects.h"
+#include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 
 namespace {
 
-constexpr int CLIENT_COUNT = 20;
-constexpr int EXCHANGES_PER_CLIENT = 25;
+// A connect storm: every client connects with the 500 ms of a token library.
+constexpr int CLIENT_COUNT = 100;
+constexpr int EXCHANGES_PER_CLIENT = 5;
 
 // Child body: opens a session, hands its name to the parent through the pipe, then waits.
 int OpenSessionAndWait(const std::string& strMainName, int fdWrite) {
@@ -39,7 +41,7 @@ int OpenSessionAndWait(const std::string& strMainName, int fdWrite) {
 // Child body: its own session, blocks stamped with its own index, every answer checked.
 int ExchangeOwnBlocks(const std::string& strMainName, uint32_t u4Index) {
     CNyUiClient client;
-    if (client.JoinServer(strMainName.c_str(), 2000) != NY_OK ||
+    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK ||
         client.OpenSession(u4Index) != NY_OK) {
         return 1;
     }
@@ -147,6 +149,15 @@ TEST(SessionLifecycleTest, NewServerUnderTheSameNameServesNewSessions) {
         CNyTestServer first;
         ASSERT_TRUE(first.Started());
         strMain = first.MainName();
+        // A second server refuses the live channel, with one line that names it.
+        std::string strOut = "/tmp/" + NyTestUniqueName("second-server") + ".txt";
+        pid_t pidSecond = NyTestSpawn({NyTestBinPath("ukey-uiserver"), strMain}, strOut);
+        EXPECT_EQ(3, NyTestWaitChild(pidSecond, 10000));
+        std::ifstream out(strOut);
+        std::string strLine;
+        std::getline(out, strLine);
+        unlink(strOut.c_str());
+        EXPECT_NE(std::string::npos, strLine.find("\"" + strMain + "\""));
         first.Kill();
     }
     CNyTestServer second(strMain);
@@ -162,7 +173,7 @@ TEST(SessionLifecycleTest, NewServerUnderTheSameNameServesNewSessions) {
     EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
 }
 
-TEST(SessionLifecycleTest, TwentyClientsAtOnceEachGetTheirOwnAnswers) {
+TEST(SessionLifecycleTest, HundredClientsAtOnceEachGetTheirOwnAnswers) {
     CNyTestServer server;
     ASSERT_TRUE(server.Started());
     std::vector<pid_t> vClients;

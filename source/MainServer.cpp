@@ -30,24 +30,34 @@ constexpr uint32_t LISTEN_RETRY_MS = 5;
 std::mutex m_mtxServerSession;
 std::atomic<bool> m_bServerSessionWanted{false};
 
-// Wakes the keep-alive thread at once when the request loop finds its channel failing.
-std::mutex m_mtxKeepAliveWake;
-std::condition_variable m_cvKeepAliveWake;
-bool m_bKeepAliveWake = false;
+// Wakes the keep-alive thread at once when the request loop finds its channel failing. Made
+// once and never destroyed: the keep-alive thread still waits on it while the process exits.
+struct BlkKeepAliveWakeTag {
+    std::mutex mtx;
+    std::condition_variable cv;
+    bool bWake = false;
+};
+
+BlkKeepAliveWakeTag& KeepAliveWake() {
+    static BlkKeepAliveWakeTag* s_pWake = new BlkKeepAliveWakeTag;
+    return *s_pWake;
+}
 
 void WakeKeepAlive() {
+    BlkKeepAliveWakeTag& blkWake = KeepAliveWake();
     {
-        std::lock_guard<std::mutex> lock(m_mtxKeepAliveWake);
-        m_bKeepAliveWake = true;
+        std::lock_guard<std::mutex> lock(blkWake.mtx);
+        blkWake.bWake = true;
     }
-    m_cvKeepAliveWake.notify_all();
+    blkWake.cv.notify_all();
 }
 
 void SleepUntilProbe() {
-    std::unique_lock<std::mutex> lock(m_mtxKeepAliveWake);
-    m_cvKeepAliveWake.wait_for(lock, std::chrono::milliseconds(KEEP_ALIVE_PERIOD_MS),
-                               [] { return m_bKeepAliveWake; });
-    m_bKeepAliveWake = false;
+    BlkKeepAliveWakeTag& blkWake = KeepAliveWake();
+    std::unique_lock<std::mutex> lock(blkWake.mtx);
+    blkWake.cv.wait_for(lock, std::chrono::milliseconds(KEEP_ALIVE_PERIOD_MS),
+                        [&blkWake] { return blkWake.bWake; });
+    blkWake.bWake = false;
 }
 
 uint32_t ListenMain(uint8_t* pu1Req, uint32_t* pu4Size) {

@@ -8,6 +8,7 @@
 #include "GUIService.h"
 #include "MainServer.h"
 #include "SessionManager.h"
+#include "SessionRegistry.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "os/NyThread.h"
@@ -75,6 +76,8 @@ int main(int argc, char** argv) {
     InitGui(&argc, &argv);
     NyCommonLibInit();
     InstallStopSignals();
+    // Session channels that a killed server of this executable left, and nobody holds, go.
+    SessionRegistryClearDead();
     static char szName[MAIN_SESSION_NAME_BUFFER];
     CopyMainSessionName(argc > 1 ? argv[1] : nullptr, szName);
     // Two servers on one channel would each answer some of its requests: a live one keeps it.

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -23,16 +24,21 @@ namespace {
 constexpr int CLIENT_COUNT = 100;
 constexpr int EXCHANGES_PER_CLIENT = 5;
 
-// Child body: opens a session, hands its name to the parent through the pipe, then waits.
-int OpenSessionAndWait(const std::string& strMainName, int fdWrite) {
-    CNyUiClient client;
-    if (client.JoinServer(strMainName.c_str()) != NY_OK || client.OpenSession(77) != NY_OK) {
-        return 1;
-    }
-    char szName[MAIN_SESSION_NAME_SIZE] = {};
-    strncpy(szName, client.SessionName().c_str(), sizeof(szName) - 1);
-    if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
-        return 2;
+// Child body: opens u4Count sessions, hands their names to the parent through the pipe, then
+// waits.
+int OpenSessionsAndWait(const std::string& strMainName, int fdWrite, uint32_t u4Count) {
+    std::vector<std::unique_ptr<CNyUiClient>> vClients;
+    for (uint32_t i = 0; i < u4Count; ++i) {
+        vClients.push_back(std::make_unique<CNyUiClient>());
+        if (vClients.back()->JoinServer(strMainName.c_str()) != NY_OK ||
+            vClients.back()->OpenSession(77 + i) != NY_OK) {
+            return 1;
+        }
+        char szName[MAIN_SESSION_NAME_SIZE] = {};
+        strncpy(szName, vClients.back()->SessionName().c_str(), sizeof(szName) - 1);
+        if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
+            return 2;
+        }
     }
     pause();
     return 0;
@@ -86,26 +92,47 @@ bool AllThreadsStopped(pid_t pid) {
     return bStopped;
 }
 
-TEST(SessionLifecycleTest, SessionEndsAndItsChannelGoesWhenTheClientDies) {
-    CNyTestServer server;
-    ASSERT_TRUE(server.Started());
-    int afd[2];
-    ASSERT_EQ(0, pipe(afd));
-    pid_t pidClient = NyTestForkChild(
-        [&server, &afd]() { return OpenSessionAndWait(server.MainName(), afd[1]); });
-    ASSERT_GT(pidClient, 0);
-    char szName[MAIN_SESSION_NAME_SIZE] = {};
-    ssize_t nRead = read(afd[0], szName, sizeof(szName));
-    close(afd[0]);
-    close(afd[1]);
-    ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), nRead);
-    std::string strSession = szName;
-    ASSERT_TRUE(NyTestChannelObjectsExist(strSession));
-
-    NyTestKillChild(pidClient);
-    EXPECT_TRUE(NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1500))
-        << "the session channel outlived its client";
-    EXPECT_TRUE(server.Stop());
+// A session's channel goes when its client dies under a live server; when the server was killed
+// first, the next server of this executable removes what was left within a second of its start.
+TEST(SessionLifecycleTest, SessionChannelsGoWhenTheClientDiesOrAtTheNextServersStart) {
+    for (uint32_t u4Sessions : {1u, 5u}) {
+        bool bKillServer = u4Sessions > 1;
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        int afd[2];
+        ASSERT_EQ(0, pipe(afd));
+        pid_t pidClient = NyTestForkChild([&server, &afd, u4Sessions]() {
+            return OpenSessionsAndWait(server.MainName(), afd[1], u4Sessions);
+        });
+        ASSERT_GT(pidClient, 0);
+        std::vector<std::string> vSessions;
+        for (uint32_t i = 0; i < u4Sessions; ++i) {
+            char szName[MAIN_SESSION_NAME_SIZE] = {};
+            ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), read(afd[0], szName, sizeof(szName)));
+            vSessions.push_back(szName);
+            ASSERT_TRUE(NyTestChannelObjectsExist(szName));
+        }
+        close(afd[0]);
+        close(afd[1]);
+        if (bKillServer) {
+            server.Kill();
+        }
+        NyTestKillChild(pidClient);
+        std::unique_ptr<CNyTestServer> pNext;
+        if (bKillServer) {
+            NyOsSleep(100);  // the killed sessions' leftovers are there to be found
+            ASSERT_TRUE(NyTestChannelObjectsExist(vSessions[0]));
+            pNext = std::make_unique<CNyTestServer>();
+            ASSERT_TRUE(pNext->Started());
+        }
+        for (const std::string& strSession : vSessions) {
+            EXPECT_TRUE(
+                NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1000))
+                << strSession
+                << (bKillServer ? " outlived its killed server" : " outlived its client");
+        }
+        EXPECT_TRUE(pNext != nullptr ? pNext->Stop() : server.Stop());
+    }
 }
 
 TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {

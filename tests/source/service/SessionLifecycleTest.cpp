@@ -13,6 +13,10 @@
 
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyEvent.h"
+#include "ipc/NyMutex.h"
+#include "ipc/NyShareMem.h"
 #include "os/NyOs.h"
 #include "support/NyTestChannelObjects.h"
 #include "support/NyTestNames.h"
@@ -211,6 +215,88 @@ TEST(SessionLifecycleTest, HundredClientsAtOnceEachGetTheirOwnAnswers) {
     for (size_t i = 0; i < vClients.size(); ++i) {
         EXPECT_EQ(0, NyTestWaitChild(vClients[i], 60000)) << "client " << i;
     }
+    EXPECT_TRUE(server.Stop());
+}
+
+int ThreadCount(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    std::string strLine;
+    while (std::getline(status, strLine)) {
+        if (strLine.compare(0, 8, "Threads:") == 0) {
+            return std::stoi(strLine.substr(8));
+        }
+    }
+    return -1;
+}
+
+// Child body: starts a session for u4Id on the main channel; 0 when the answer was its own.
+int StartOwnSession(const std::string& strMainName, uint32_t u4Id) {
+    CNyUiClient client;
+    BlkMainSessionResponseTag blkResp = {};
+    if (client.JoinServer(strMainName.c_str()) != NY_OK ||
+        client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK) {
+        return 1;
+    }
+    return blkResp.uInteractionID == u4Id && blkResp.u4Status == MAIN_STATUS_DONE ? 0 : 2;
+}
+
+// Child body: a client that takes the channel, says so, and when told writes a start request,
+// wakes the server and dies at once, before the answer.
+int SendStartAndDie(const std::string& strMain, int fdReady, int fdGo) {
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    NY_SHM_HANDLE hShm = nullptr;
+    NY_EVENT_HANDLE hRequest = nullptr;
+    char c = 0;
+    if (NyMutexCreate((strMain + "_Mutex_Communication").c_str(), &hMutex) != NY_OK ||
+        NyShareMemOpen(strMain.c_str(), 0, &hShm) != NY_OK ||
+        NyEventCreate((strMain + "_Event_Request").c_str(), &hRequest) != NY_OK ||
+        NyMutexWait(hMutex, NY_WAIT_INFINITE) != NY_OK || write(fdReady, "r", 1) != 1 ||
+        read(fdGo, &c, 1) != 1) {
+        return 1;
+    }
+    BlkShmCommHeaderTag blkHeader = {};
+    blkHeader.u4Command = COMM_COMMAND_REQUEST;
+    blkHeader.u4DataLen = MAIN_SESSION_RECORD_SIZE;
+    blkHeader.u4DataOffset = COMM_DATA_OFFSET;
+    BlkMainSessionRequestTag blkReq = {};
+    blkReq.u4ReqType = MAIN_REQ_START_SESSION;
+    blkReq.uInteractionID = 0xDEAD;
+    blkReq.uClientPid = getpid();
+    NyShareMemWrite(hShm, 0, &blkHeader, sizeof(blkHeader));
+    NyShareMemWrite(hShm, COMM_DATA_OFFSET, &blkReq, sizeof(blkReq));
+    NyEventSet(hRequest);
+    NyMutexRelease(hMutex);  // what its death does, without the time the kernel takes for it
+    raise(SIGKILL);
+    return 2;
+}
+
+// A client killed while its start request is under way lets the next client in: that client
+// gets its own answer, and no session is left that nobody can end.
+TEST(SessionLifecycleTest, ClientKilledMidRequestLeavesNoAnswerToOthersAndNoOrphan) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    int iIdleThreads = ThreadCount(server.Pid());
+    for (uint32_t u4Trial = 0; u4Trial < 20; ++u4Trial) {
+        int afdReady[2];
+        int afdGo[2];
+        ASSERT_EQ(0, pipe(afdReady));
+        ASSERT_EQ(0, pipe(afdGo));
+        pid_t pidKilled = NyTestForkChild(
+            [&]() { return SendStartAndDie(server.MainName(), afdReady[1], afdGo[0]); });
+        char c = 0;
+        ASSERT_EQ(1, read(afdReady[0], &c, 1));
+        pid_t pidNext =
+            NyTestForkChild([&]() { return StartOwnSession(server.MainName(), 2000 + u4Trial); });
+        NyOsSleep(200);  // the next client waits for the channel
+        ASSERT_EQ(1, write(afdGo[1], "g", 1));
+        EXPECT_EQ(128 + SIGKILL, NyTestWaitChild(pidKilled, 10000));
+        EXPECT_EQ(0, NyTestWaitChild(pidNext, 10000)) << "trial " << u4Trial;
+        for (int fd : {afdReady[0], afdReady[1], afdGo[0], afdGo[1]}) {
+            close(fd);
+        }
+    }
+    EXPECT_TRUE(NyTestWaitUntil([&]() { return ThreadCount(server.Pid()) == iIdleThreads; }, 5000))
+        << ThreadCount(server.Pid()) << " threads, " << iIdleThreads << " when idle";
     EXPECT_TRUE(server.Stop());
 }
 

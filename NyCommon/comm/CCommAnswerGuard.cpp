@@ -1,17 +1,37 @@
 #include "comm/CCommAnswerGuard.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstring>
+
+#include "ipc/NyFileLock.h"
 
 #include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
 
-CCommAnswerGuard::CCommAnswerGuard(NY_SHM_HANDLE hShm, NY_MUTEX_HANDLE hMutex)
-    : m_hShm(hShm), m_hMutex(hMutex), m_blkAnswer(), m_bWipePending(false) {}
+CCommAnswerGuard::CCommAnswerGuard(NY_SHM_HANDLE hShm, NY_MUTEX_HANDLE hMutex,
+                                   const char* szMutexPath)
+    : m_hShm(hShm),
+      m_hMutex(hMutex),
+      m_iMutexFd(open(szMutexPath, O_RDONLY | O_CLOEXEC)),
+      m_blkAnswer(),
+      m_bWipePending(false) {}
 
+// Closing a descriptor drops this process's record locks on the file: the heartbeat thread,
+// the only one here that takes the mutex, has ended before the guard goes.
 CCommAnswerGuard::~CCommAnswerGuard() {
     ForgetRequest();
+    if (m_iMutexFd >= 0) {
+        close(m_iMutexFd);
+    }
+}
+
+bool CCommAnswerGuard::MutexHeldElsewhere() const {
+    struct flock stLock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    return m_iMutexFd >= 0 && fcntl(m_iMutexFd, F_GETLK, &stLock) == 0 && stLock.l_type != F_UNLCK;
 }
 
 void CCommAnswerGuard::ForgetRequest() {
@@ -45,11 +65,14 @@ bool CCommAnswerGuard::StillHoldsRequest() {
     return bSame;
 }
 
+// Only an answer to a request is wiped: a notification that no request asked for is read by
+// clients that wait for it without taking the channel mutex.
 void CCommAnswerGuard::Answered(const BlkShmCommHeaderTag& blkAnswer) {
     std::lock_guard<std::mutex> lock(m_mtx);
+    bool bAnswersRequest = !m_vRequest.empty();
     ForgetRequest();
     m_blkAnswer = blkAnswer;
-    m_bWipePending.store(blkAnswer.u4DataLen != 0);
+    m_bWipePending.store(bAnswersRequest && blkAnswer.u4DataLen != 0 && MutexHeldElsewhere());
 }
 
 // The client holds the channel mutex from before its request until it has read the answer, so

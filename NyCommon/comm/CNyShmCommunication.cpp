@@ -213,7 +213,12 @@ uint32_t CNyShmCommunication::StartLocked(const BlkCommInitParamTag& blkParam,
         return u4Result;
     }
     ReadFileIds(blkInfo.szName, blkInfo.au8FileIds);
-    blkInfo.pAnswerGuard = new (std::nothrow) CCommAnswerGuard(blkInfo.hShareMem, blkInfo.hMutex);
+    char szMutex[OBJECT_NAME_SIZE] = {};
+    char szMutexPath[NY_IPC_PATH_SIZE] = {};
+    NyStrPrintf(szMutex, sizeof(szMutex), "%s%s", blkInfo.szName, SZ_SUFFIX_MUTEX);
+    FileName2Path(szMutex, NY_FILE_KIND_MUTEX, szMutexPath, sizeof(szMutexPath));
+    blkInfo.pAnswerGuard =
+        new (std::nothrow) CCommAnswerGuard(blkInfo.hShareMem, blkInfo.hMutex, szMutexPath);
     if (blkInfo.pAnswerGuard != nullptr) {
         blkInfo.pHeartBeat =
             new (std::nothrow) CCommHeartBeat(blkInfo.hEventConnected, blkInfo.pAnswerGuard);

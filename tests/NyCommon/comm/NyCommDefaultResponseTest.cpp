@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <thread>
 
+#include <unistd.h>
+
 #include "NyCommTestPeer.h"
 #include "comm/CNyShmCommunication.h"
 #include "ipc/NyEvent.h"
@@ -14,6 +16,7 @@
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
 #include "support/NyTestNames.h"
+#include "support/NyTestProcess.h"
 
 namespace {
 
@@ -134,14 +137,17 @@ TEST_F(ServerFixture, AnswerToARequestThatAnotherClientReplacedIsNotWritten) {
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
 }
 
+// The client is another process: the server sees its hold of the channel mutex.
 TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
-    NY_MUTEX_HANDLE hMutex = nullptr;
-    ASSERT_EQ(NyMutexCreate((strName + "_Mutex_Communication").c_str(), &hMutex), 0u);
-    std::thread client([&] {
-        NyMutexWait(hMutex, NY_WAIT_INFINITE);
+    pid_t pidClient = NyTestForkChild([this] {
+        NY_MUTEX_HANDLE hMutex = nullptr;
+        if (NyMutexCreate((strName + "_Mutex_Communication").c_str(), &hMutex) != 0 ||
+            NyMutexWait(hMutex, NY_WAIT_INFINITE) != 0) {
+            return 1;
+        }
         Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);
-        NyOsSleep(100);  // the answer arrives meanwhile
-        NyMutexRelease(hMutex);
+        NyOsSleep(150);  // the answer arrives meanwhile
+        return NyMutexRelease(hMutex) == 0 ? 0 : 2;
     });
     uint32_t u4Data = 0;
     for (int i = 0; i < 100 && Listen(&u4Data) != 0; ++i) {
@@ -153,10 +159,9 @@ TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
     uint32_t u4InRegion = 0;
     NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
     EXPECT_EQ(u4InRegion, u4Pin) << "wiped while its client still held the channel";
-    client.join();
+    EXPECT_EQ(0, NyTestWaitChild(pidClient, 5000));
     NyOsSleep(30);
     NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
     EXPECT_EQ(u4InRegion, 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
-    NyMutexDestroy(hMutex);
 }

@@ -13,6 +13,7 @@
 #include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
+#include "support/NyTestChannelObjects.h"
 #include "support/NyTestLogCapture.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
@@ -69,7 +70,7 @@ protected:
         for (pid_t pid : m_vChildren) {
             NyTestKillChild(pid);
         }
-        EXPECT_EQ(NyTestCommLeftovers(m_strName), std::vector<std::string>{});
+        EXPECT_FALSE(NyTestChannelObjectsExist(m_strName));
         NyCommonLibRelease();
     }
     pid_t Child(const std::function<int()>& pfnBody) {
@@ -169,7 +170,7 @@ TEST_F(NyCommChannel, RefusedCallsMakeNothing) {
     NY_COMM_HANDLE hSession = nullptr;
     EXPECT_EQ(NyCommConnect(&m_blkParam, 100, &hSession), NY_ERR_OBJECT_ABSENT);
     EXPECT_EQ(hSession, nullptr);
-    EXPECT_EQ(NyTestCommLeftovers(m_strName), std::vector<std::string>{});
+    EXPECT_FALSE(NyTestChannelObjectsExist(m_strName));
 
     BlkCommInitParamTag blkEmpty = NyTestCommParam("");
     BlkCommInitParamTag blkBadType = m_blkParam;

@@ -15,6 +15,7 @@
 #include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
+#include "support/NyTestChannelObjects.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 
@@ -31,7 +32,7 @@ struct ServerFixture : ::testing::Test {
     void TearDown() override {
         NyShareMemClose(hShm);
         EXPECT_EQ(server.Disconnect(hServer), 0u);
-        EXPECT_EQ(NyTestCommLeftovers(strName), std::vector<std::string>{});
+        EXPECT_FALSE(NyTestChannelObjectsExist(strName));
         NyCommonLibRelease();
     }
     BlkShmCommHeaderTag Header() {

@@ -5,14 +5,15 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <functional>
 #include <random>
 #include <thread>
 
-#include "NyCommTestPeer.h"
 #include "comm/BlkShmCommHeader.h"
 #include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
+#include "session/NySessionChannel.h"
 #include "support/NyTestChannelObjects.h"
 #include "support/NyTestLogCapture.h"
 #include "support/NyTestNames.h"
@@ -22,6 +23,34 @@ namespace {
 
 constexpr uint32_t EAGAIN_CODE = static_cast<uint32_t>(EAGAIN);
 constexpr uint32_t CAPACITY = COMM_DEFAULT_DATA_SIZE;
+
+BlkCommInitParamTag NyTestCommParam(const std::string& strName) {
+    BlkCommInitParamTag blkParam;
+    NySessionFillInitParam(strName.c_str(), &blkParam);
+    return blkParam;
+}
+
+// NyCommConnect, retried while the server has not yet created the channel.
+uint32_t NyTestCommConnect(const std::string& strName, NY_COMM_HANDLE* phSession) {
+    BlkCommInitParamTag blkParam = NyTestCommParam(strName);
+    uint64_t u8End = NyOsGetTickCount64() + 5000;
+    uint32_t u4Result = NyCommConnect(&blkParam, 500, phSession);
+    while (u4Result != 0 && NyOsGetTickCount64() < u8End) {
+        NyOsSleep(5);
+        u4Result = NyCommConnect(&blkParam, 500, phSession);
+    }
+    return u4Result;
+}
+
+// The test server's answer: the bytes reversed and flipped, so that an answer can neither be the
+// request itself nor another client's answer.
+std::vector<uint8_t> NyTestCommAnswerFor(const std::vector<uint8_t>& vRequest) {
+    std::vector<uint8_t> vAnswer(vRequest.rbegin(), vRequest.rend());
+    for (uint8_t& u1 : vAnswer) {
+        u1 ^= 0xA5;
+    }
+    return vAnswer;
+}
 
 std::vector<uint8_t> Pattern(size_t cb, uint32_t u4Seed) {
     std::vector<uint8_t> v(cb);
@@ -48,11 +77,31 @@ uint32_t Answer(NY_COMM_HANDLE hSession, const std::vector<uint8_t>& vData) {
     return NyCommNotify(hSession, &blkNotify);
 }
 
+// Serves u4Requests requests with NyTestCommAnswerFor, then disconnects (a child's exit code: 0,
+// or the step that failed).
+int NyTestCommServe(const std::string& strName, uint32_t u4Requests) {
+    BlkCommInitParamTag blkParam = NyTestCommParam(strName);
+    NY_COMM_HANDLE hSession = nullptr;
+    if (NyCommConnectAsServer(&blkParam, &hSession) != 0) {
+        return 20;
+    }
+    int iResult = 0;
+    for (uint32_t u4Served = 0; u4Served < u4Requests && iResult == 0; ++u4Served) {
+        std::vector<uint8_t> vBuffer(CAPACITY);
+        uint32_t u4Length = CAPACITY;
+        iResult = ListenFor(hSession, &vBuffer, &u4Length) != 0 ? 21 : 0;
+        vBuffer.resize(u4Length);
+        iResult =
+            iResult != 0 ? iResult : (Answer(hSession, NyTestCommAnswerFor(vBuffer)) ? 22 : 0);
+    }
+    return NyCommDisconnect(hSession) == 0 ? iResult : 23;
+}
+
 // Child body: one commit of vRequest on a channel (connected afresh unless hSession is given);
 // 0 when the test server's answer came back.
 int CommitOnce(const std::string& strName, const std::vector<uint8_t>& vRequest,
                NY_COMM_HANDLE hSession = nullptr) {
-    if (hSession == nullptr && NyTestCommConnect(strName, 5000, &hSession) != 0) {
+    if (hSession == nullptr && NyTestCommConnect(strName, &hSession) != 0) {
         return 1;
     }
     std::vector<uint8_t> vAnswer(vRequest.size());
@@ -100,7 +149,7 @@ protected:
 TEST_F(NyCommChannel, RequestOfExactlyTheCapacityIsAnsweredAndOneByteMoreIsRefused) {
     pid_t pidServer = Child([this] { return NyTestCommServe(m_strName, 1); });
     NY_COMM_HANDLE hSession = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, 5000, &hSession), 0u);
+    ASSERT_EQ(NyTestCommConnect(m_strName, &hSession), 0u);
     std::vector<uint8_t> vAnswer(CAPACITY);
     EXPECT_EQ(NyCommCommit(hSession, Pattern(CAPACITY + 1, 2).data(), CAPACITY + 1, vAnswer.data(),
                            CAPACITY),
@@ -117,7 +166,7 @@ TEST_F(NyCommChannel, OversizedNotifyArrivesAsAnEmptyAnswerAndIsLogged) {
         NY_COMM_HANDLE hSession = nullptr;
         std::vector<uint8_t> vAnswer(CAPACITY, 0xEE);
         uint8_t u1Request = 7;
-        if (NyTestCommConnect(m_strName, 5000, &hSession) != 0 ||
+        if (NyTestCommConnect(m_strName, &hSession) != 0 ||
             NyCommCommit(hSession, &u1Request, 1, vAnswer.data(), CAPACITY) != 0) {
             return 1;
         }
@@ -148,7 +197,7 @@ TEST_F(NyCommChannel, KillingTheServerEndsAWaitingCommitWithinHalfASecond) {
         return 0;
     });
     NY_COMM_HANDLE hSession = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, 5000, &hSession), 0u);
+    ASSERT_EQ(NyTestCommConnect(m_strName, &hSession), 0u);
     std::atomic<uint64_t> u8KilledAt{0};
     std::thread killer([&] {
         NyOsSleep(300);
@@ -224,7 +273,7 @@ TEST_F(NyCommChannel, SecondStartOrConnectInOneProcessReusesTheChannel) {
 
     pid_t pidServer = Child([this] { return NyTestCommServe(m_strName, 1); });
     NY_COMM_HANDLE hSecond = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, 5000, &hFirst), 0u);
+    ASSERT_EQ(NyTestCommConnect(m_strName, &hFirst), 0u);
     ASSERT_EQ(NyCommConnect(&m_blkParam, 500, &hSecond), 0u);
     EXPECT_EQ(hFirst, hSecond);
     EXPECT_EQ(CommitOnce(m_strName, Pattern(100, 4), hSecond), 0);
@@ -254,43 +303,14 @@ TEST_F(NyCommChannel, ListenWithSmallBufferLeavesRequestUnconsumed) {
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
 }
 
-TEST_F(NyCommChannel, TwoClientsHammeringOneServerEachGetTheirOwnAnswers) {
-    constexpr uint32_t u4PerClient = 300;
-    auto client = [this](uint32_t u4Seed) {
-        return [this, u4Seed] {
-            NY_COMM_HANDLE hSession = nullptr;
-            if (NyTestCommConnect(m_strName, 5000, &hSession) != 0) {
-                return 101;
-            }
-            std::mt19937 rng(u4Seed);
-            int iFailures = 0;
-            for (uint32_t u4 = 0; u4 < u4PerClient && iFailures < 100; ++u4) {
-                iFailures += CommitOnce(m_strName, Pattern(1 + rng() % CAPACITY, rng()), hSession);
-            }
-            NyCommDisconnect(hSession);
-            return iFailures;
-        };
-    };
-    pid_t pidA = Child(client(11));
-    pid_t pidB = Child(client(12));
-    EXPECT_EQ(NyTestCommServe(m_strName, 2 * u4PerClient, 60000), 0);
-    EXPECT_EQ(Reap(pidA), 0);
-    EXPECT_EQ(Reap(pidB), 0);
-}
-
 TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
-    CTestGate gateSecond;
     pid_t pidFirst = Child([this] {
         int iResult = NyTestCommServe(m_strName, 1);
         pause();  // stays up until killed
         return iResult;
     });
-    // The second server first answers the request left pending by the failed commit.
-    pid_t pidSecond = Child([this, &gateSecond] {
-        return gateSecond.WaitOpen(20000) ? NyTestCommServe(m_strName, 2) : 30;
-    });
     NY_COMM_HANDLE hSession = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, 5000, &hSession), 0u);
+    ASSERT_EQ(NyTestCommConnect(m_strName, &hSession), 0u);
     std::vector<uint8_t> vRequest = Pattern(64, 6);
     ASSERT_EQ(CommitOnce(m_strName, vRequest, hSession), 0);
     NyTestKillChild(pidFirst);
@@ -298,7 +318,8 @@ TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
     EXPECT_NE(NyCommIsConnected(hSession, &bConnected), 0u);
     EXPECT_EQ(bConnected, NY_FALSE);
     EXPECT_EQ(CommitOnce(m_strName, vRequest, hSession), 2);
-    gateSecond.Open();
+    // The second server first answers the request left pending by the failed commit.
+    pid_t pidSecond = Child([this] { return NyTestCommServe(m_strName, 2); });
     std::vector<uint8_t> vAnswer(64);
     EXPECT_EQ(NyCommWaitForSignal(hSession, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vAnswer.data(), 64),
               0u);
@@ -309,13 +330,14 @@ TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
 }
 
 TEST_F(NyCommChannel, NotificationWaitingBeforeTheClientWaitsIsDelivered) {
-    CTestGate gateNotified;
+    NY_COMM_HANDLE hSession = StartServer();
     std::vector<uint8_t> vNote = Pattern(300, 7);
+    EXPECT_EQ(Answer(hSession, vNote), 0u);
     pid_t pidClient = Child([&] {
-        NY_COMM_HANDLE hSession = nullptr;
+        NY_COMM_HANDLE hClient = nullptr;
         std::vector<uint8_t> vBuffer(CAPACITY);
-        if (NyTestCommConnect(m_strName, 5000, &hSession) != 0 || !gateNotified.WaitOpen(20000) ||
-            NyCommWaitForSignal(hSession, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vBuffer.data(),
+        if (NyTestCommConnect(m_strName, &hClient) != 0 ||
+            NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vBuffer.data(),
                                 CAPACITY) != 0) {
             return 1;
         }
@@ -323,12 +345,9 @@ TEST_F(NyCommChannel, NotificationWaitingBeforeTheClientWaitsIsDelivered) {
             return 3;
         }
         // Nothing more is pending: a wait with time-out 0 gives up.
-        return NyCommWaitForSignal(hSession, COMM_SIGNAL_NONE, 0, nullptr, 0) == NY_ERR_TIMEOUT ? 0
-                                                                                                : 4;
+        return NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, 0, nullptr, 0) == NY_ERR_TIMEOUT ? 0
+                                                                                               : 4;
     });
-    NY_COMM_HANDLE hSession = StartServer();
-    EXPECT_EQ(Answer(hSession, vNote), 0u);
-    gateNotified.Open();
     EXPECT_EQ(Reap(pidClient), 0);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
 }

@@ -8,13 +8,13 @@
 
 #include <unistd.h>
 
-#include "NyCommTestPeer.h"
 #include "comm/CNyShmCommunication.h"
 #include "ipc/NyEvent.h"
 #include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "os/NyOs.h"
+#include "session/NySessionChannel.h"
 #include "support/NyTestChannelObjects.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
@@ -22,6 +22,12 @@
 namespace {
 
 constexpr uint32_t EAGAIN_CODE = static_cast<uint32_t>(EAGAIN);
+
+BlkCommInitParamTag Param(const std::string& strName) {
+    BlkCommInitParamTag blkParam;
+    NySessionFillInitParam(strName.c_str(), &blkParam);
+    return blkParam;
+}
 
 struct ServerFixture : ::testing::Test {
     void SetUp() override {
@@ -55,7 +61,7 @@ struct ServerFixture : ::testing::Test {
     }
 
     std::string strName = NyTestUniqueName("comm-server");
-    BlkCommInitParamTag blkParam = NyTestCommParam(strName);
+    BlkCommInitParamTag blkParam = Param(strName);
     CNyShmCommunication server;
     NY_COMM_HANDLE hServer = nullptr;
     NY_SHM_HANDLE hShm = nullptr;

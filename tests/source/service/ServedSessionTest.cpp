@@ -102,6 +102,10 @@ TEST_F(ServedSessionTest, MainRequestsAreAnsweredIn1044BytesByType) {
     BlkMainSessionResponseTag blkResp = CommitMain(&u4Type, sizeof(u4Type));
     EXPECT_EQ(7u, blkResp.u4ReqType);
     EXPECT_EQ(0u, blkResp.uInteractionID);
+    // A start for client pid 0 is refused: no process has that id, the session would never end.
+    ASSERT_EQ(NY_OK, m_client.MainRequest(MAIN_REQ_START_SESSION, 6, 0, &blkResp));
+    EXPECT_EQ(MAIN_STATUS_START_FAILED, blkResp.u4Status);
+    EXPECT_EQ('\0', blkResp.szSessionName[0]);
     // A finish is answered done and leaves the session running.
     ASSERT_EQ(NY_OK, m_client.OpenSession(5));
     ASSERT_EQ(NY_OK, m_client.MainRequest(MAIN_REQ_FINISH_SESSION, 5, getpid(), &blkResp));
@@ -148,33 +152,28 @@ TEST(ServedSessionNameTest, NameLongerThan127CharactersIsCutBeforeUse) {
 // byte of the answer is the request's own (a protection flag of 2 included: answered in clear).
 TEST_F(ServedSessionTest, EveryCommandIsAnsweredAsTheRequestsOwnCopy) {
     struct {
-        const char* szName;
         uint32_t u4CmdType;
         uint32_t u4Mode;
         uint32_t u4ExpectedRes;
         uint32_t u4Protected;
     } aCases[] = {
-        {"unknown command", 0x20000, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
-        {"command 0", 0, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
-        {"unknown command, async", 0x20000, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
-        {"status poll, no dialog: request unchanged", UI_CMD_GET_STATUS, 0, 0x77, UI_PARAM_CLEAR},
-        {"terminate, no dialog", UI_CMD_TERMINATE, 0, UI_RESULT_OK, UI_PARAM_CLEAR},
-        {"update, no dialog", UI_CMD_UPDATE, 0, UI_RESULT_OK, UI_PARAM_CLEAR},
-        {"verify, sync, cannot run", UI_CMD_VERIFY_PIN, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
-        {"verify, async, cannot start", UI_CMD_VERIFY_PIN, UI_MODE_ASYNC, UI_RESULT_START_FAILED,
-         UI_PARAM_CLEAR},
-        {"confirm, async, cannot start", UI_CMD_CONFIRM, UI_MODE_ASYNC, UI_RESULT_START_FAILED,
-         UI_PARAM_CLEAR},
-        {"re-run, nothing held, sync", UI_CMD_NO_DIALOG_1, 0, UI_RESULT_NOT_PROCESSED,
-         UI_PARAM_CLEAR},
-        {"re-run, nothing held, async", UI_CMD_NO_DIALOG_2, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED,
-         UI_PARAM_CLEAR},
-        {"protection flag 2", 0x20000, 0, UI_RESULT_NOT_PROCESSED, 2},
+        {0x20000, 0, UI_RESULT_NOT_PROCESSED, 0},  // unknown command
+        {0, 0, UI_RESULT_NOT_PROCESSED, 0},
+        {0x20000, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, 0},
+        {UI_CMD_GET_STATUS, 0, 0x77, 0},  // no dialog: the request unchanged
+        {UI_CMD_TERMINATE, 0, UI_RESULT_OK, 0},
+        {UI_CMD_UPDATE, 0, UI_RESULT_OK, 0},
+        {UI_CMD_VERIFY_PIN, 0, UI_RESULT_NOT_PROCESSED, 0},  // the dialog cannot run
+        {UI_CMD_VERIFY_PIN, UI_MODE_ASYNC, UI_RESULT_START_FAILED, 0},
+        {UI_CMD_CONFIRM, UI_MODE_ASYNC, UI_RESULT_START_FAILED, 0},
+        {UI_CMD_NO_DIALOG_1, 0, UI_RESULT_NOT_PROCESSED, 0},  // nothing held to run again
+        {UI_CMD_NO_DIALOG_2, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, 0},
+        {0x20000, 0, UI_RESULT_NOT_PROCESSED, 2},  // protection flag 2
     };
     ASSERT_EQ(NY_OK, m_client.OpenSession(0x51));
     uint8_t u1Salt = 0;
     for (const auto& c : aCases) {
-        SCOPED_TRACE(c.szName);
+        SCOPED_TRACE(u1Salt);
         tagBlkUiParam blkReq = PatternBlock(c.u4CmdType, c.u4Mode, ++u1Salt);
         blkReq.u4Protected = c.u4Protected;
         tagBlkUiParam blkAnswer;

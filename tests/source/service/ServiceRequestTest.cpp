@@ -96,33 +96,6 @@ TEST_F(ServiceRequestTest, ShortAnswerBufferOrNoChannelIsRefused) {
     EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
 }
 
-TEST(MainRequestTest, TypesAreDecodedIntoTheirStatus) {
-    // A start for client pid 0 (no such process: the session could never end) is refused.
-    struct {
-        uint32_t u4Type;
-        uint32_t u4Status;
-        uint32_t u4Result;
-    } aCases[] = {{0, MAIN_STATUS_UNKNOWN_REQUEST, NY_OK},
-                  {MAIN_REQ_FINISH_SESSION, MAIN_STATUS_DONE, NY_OK},
-                  {7, MAIN_STATUS_UNKNOWN_REQUEST, NY_OK},
-                  {MAIN_REQ_START_SESSION, MAIN_STATUS_START_FAILED, NY_ERR_BAD_ARGUMENT}};
-    for (const auto& c : aCases) {
-        BlkMainSessionRequestTag blkReq = {};
-        blkReq.u4ReqType = c.u4Type;
-        blkReq.uInteractionID = 0x0BADF00D;
-        BlkMainSessionResponseTag blkResp;
-        uint32_t u4Size = sizeof(blkResp);
-        EXPECT_EQ(c.u4Result,
-                  ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq), sizeof(blkReq),
-                                    reinterpret_cast<uint8_t*>(&blkResp), &u4Size));
-        EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
-        EXPECT_EQ(c.u4Type, blkResp.u4ReqType);
-        EXPECT_EQ(c.u4Status, blkResp.u4Status);
-        EXPECT_EQ(0x0BADF00Du, blkResp.uInteractionID);
-        EXPECT_EQ(static_cast<uint32_t>(getpid()), blkResp.uServerPid);
-    }
-}
-
 TEST(MainRequestTest, ShortAnswerBufferAndNamesThatDoNotFitAreRefused) {
     BlkMainSessionRequestTag blkReq = {};
     uint8_t au1Resp[MAIN_SESSION_RECORD_SIZE - 1];

@@ -5,10 +5,13 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <cstdio>
+
 #include "GUIService.h"
 #include "MainServer.h"
 #include "NyVersion.h"
 #include "SessionManager.h"
+#include "SessionRegistry.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "os/NyThread.h"
@@ -43,6 +46,9 @@ void InitGui(int* piArgc, char*** pppArgv) {
         GUIService::SetDialogsAvailable(false);
     }
 }
+
+// Exit code of a server that found its main channel served by another live server.
+constexpr int EXIT_CHANNEL_BUSY = 3;
 
 uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
     uint32_t u4Result = CreateMainSession(szName);
@@ -94,8 +100,18 @@ int main(int argc, char** argv) {
     InitGui(&argc, &argv);
     NyCommonLibInit();
     InstallStopSignals();
+    // Session channels that a killed server of this executable left, and nobody holds, go.
+    SessionRegistryClearDead();
     static char szName[MAIN_SESSION_NAME_BUFFER];
     CopyMainSessionName(argc > 1 ? argv[1] : nullptr, szName);
+    // Two servers on one channel would each answer some of its requests: a live one keeps it.
+    if (szName[0] != '\0' && IsMainSessionServedElsewhere(szName) == NY_TRUE) {
+        fprintf(stderr,
+                "ukey-uiserver: main session channel \"%s\" is served by a running server\n",
+                szName);
+        NyCommonLibRelease();
+        return EXIT_CHANNEL_BUSY;
+    }
     Serve(szName);
     return static_cast<int>(NyCommonLibRelease());
 }

@@ -1,77 +1,45 @@
-// The liveness rule of a session's client process.
+// The liveness rule of a session's client process, over stand-ins for /proc.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "ClientLiveness.h"
+#include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 
-namespace {
-
-// The pid of a process that has ended and been reaped.
-uint32_t DeadPid() {
-    pid_t pid = NyTestForkChild([]() { return 0; });
-    NyTestWaitChild(pid, 5000);
-    return static_cast<uint32_t>(pid);
-}
-
-// A directory standing in for /proc with the given entries.
-class CFakeProcDir {
-public:
-    explicit CFakeProcDir(const std::vector<std::string>& vEntries) {
-        char szTemplate[] = "/tmp/nyproc-XXXXXX";
-        m_strDir = mkdtemp(szTemplate);
-        for (const std::string& str : vEntries) {
-            mkdir((m_strDir + "/" + str).c_str(), 0700);
-        }
-        m_vEntries = vEntries;
-    }
-    ~CFakeProcDir() {
-        for (const std::string& str : m_vEntries) {
-            rmdir((m_strDir + "/" + str).c_str());
-        }
-        rmdir(m_strDir.c_str());
-    }
-    const char* Path() const { return m_strDir.c_str(); }
-
-private:
-    std::string m_strDir;
-    std::vector<std::string> m_vEntries;
-};
-
-TEST(ClientLivenessTest, LiveProcessIsAliveWhateverTheProcessDirectory) {
-    EXPECT_TRUE(IsClientProcessAlive(static_cast<uint32_t>(getpid())));
-    CFakeProcDir empty({});
-    EXPECT_TRUE(IsClientProcessAliveIn(empty.Path(), static_cast<uint32_t>(getpid())));
-}
-
 TEST(ClientLivenessTest, GoneProcessLivesOnlyThroughIdsThatContainItsId) {
-    uint32_t u4Dead = DeadPid();
+    pid_t pidDead = NyTestForkChild([]() { return 0; });
+    NyTestWaitChild(pidDead, 5000);
+    uint32_t u4Self = static_cast<uint32_t>(getpid());
+    uint32_t u4Dead = static_cast<uint32_t>(pidDead);
     std::string strDead = std::to_string(u4Dead);
     struct {
         const char* szName;
-        std::vector<std::string> vEntries;
+        std::vector<std::string> vEntries;  // none: the directory cannot be read
+        uint32_t u4Pid;
         bool bAlive;
     } aCases[] = {
-        {"no process contains the id", {"1", "self", "net"}, false},
-        {"a longer id contains it", {"1", "9" + strDead + "1"}, true},
-        {"a non-numeric entry containing it does not count", {"x" + strDead}, false},
-        {"a prefix of the id does not count", {strDead.substr(0, strDead.size() - 1)}, false},
+        {"a live process, whatever the directory says", {"1"}, u4Self, true},
+        {"no process contains the id", {"1", "self", "net"}, u4Dead, false},
+        {"a longer id contains it", {"1", "9" + strDead + "1"}, u4Dead, true},
+        {"a non-numeric entry containing it does not count", {"x" + strDead}, u4Dead, false},
+        {"a prefix of the id does not count",
+         {strDead.substr(0, strDead.size() - 1)},
+         u4Dead,
+         false},
+        {"a check that cannot run counts as alive", {}, u4Dead, true},
     };
+    EXPECT_TRUE(IsClientProcessAlive(u4Self));
     for (const auto& c : aCases) {
         SCOPED_TRACE(c.szName);
-        CFakeProcDir dir(c.vEntries);
-        EXPECT_EQ(c.bAlive, IsClientProcessAliveIn(dir.Path(), u4Dead));
+        std::filesystem::path dir = "/tmp/" + NyTestUniqueName("nyproc");
+        for (const std::string& strEntry : c.vEntries) {
+            std::filesystem::create_directories(dir / strEntry);
+        }
+        EXPECT_EQ(c.bAlive, IsClientProcessAliveIn(dir.c_str(), c.u4Pid));
+        std::filesystem::remove_all(dir);
     }
 }
-
-TEST(ClientLivenessTest, CheckThatCannotRunCountsAsAlive) {
-    EXPECT_TRUE(IsClientProcessAliveIn("/nonexistent/proc", DeadPid()));
-}
-
-}  // namespace

@@ -1,59 +1,76 @@
 // Sessions against dying clients, a dying server and many clients at once.
-#include <dirent.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
-#include <string>
+#include <memory>
 #include <thread>
 
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyEvent.h"
+#include "ipc/NyMutex.h"
+#include "ipc/NyShareMem.h"
 #include "os/NyOs.h"
 #include "support/NyTestChannelObjects.h"
+#include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 
 namespace {
 
-constexpr int CLIENT_COUNT = 20;
-constexpr int EXCHANGES_PER_CLIENT = 25;
+size_t ThreadCount(pid_t pid) {
+    std::filesystem::directory_iterator it("/proc/" + std::to_string(pid) + "/task");
+    return static_cast<size_t>(std::distance(it, std::filesystem::directory_iterator()));
+}
 
-// Child body: opens a session, hands its name to the parent through the pipe, then waits.
-int OpenSessionAndWait(const std::string& strMainName, int fdWrite) {
-    CNyUiClient client;
-    if (client.JoinServer(strMainName.c_str()) != NY_OK || client.OpenSession(77) != NY_OK) {
-        return 1;
-    }
-    char szName[MAIN_SESSION_NAME_SIZE] = {};
-    strncpy(szName, client.SessionName().c_str(), sizeof(szName) - 1);
-    if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
-        return 2;
+// Child body: opens u4Count sessions, hands their names to the parent through the pipe, then
+// waits.
+int OpenSessionsAndWait(const std::string& strMainName, int fdWrite, uint32_t u4Count) {
+    std::vector<std::unique_ptr<CNyUiClient>> vClients;
+    for (uint32_t i = 0; i < u4Count; ++i) {
+        vClients.push_back(std::make_unique<CNyUiClient>());
+        char szName[MAIN_SESSION_NAME_SIZE] = {};
+        if (vClients.back()->JoinServer(strMainName.c_str()) != NY_OK ||
+            vClients.back()->OpenSession(77 + i) != NY_OK) {
+            return 1;
+        }
+        strncpy(szName, vClients.back()->SessionName().c_str(), sizeof(szName) - 1);
+        if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
+            return 2;
+        }
     }
     pause();
     return 0;
 }
 
-// Child body: its own session, blocks stamped with its own index, every answer checked.
-int ExchangeOwnBlocks(const std::string& strMainName, uint32_t u4Index) {
+// Child body: connects with a token library's 500 ms, starts a session for u4Id and checks that
+// the answer is its own, then exchanges u4Rounds blocks stamped with its id, each checked.
+int OwnSessionRounds(const std::string& strMainName, uint32_t u4Id, uint32_t u4Rounds) {
     CNyUiClient client;
-    if (client.JoinServer(strMainName.c_str(), 2000) != NY_OK ||
-        client.OpenSession(u4Index) != NY_OK) {
+    BlkMainSessionResponseTag blkResp = {};
+    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK ||
+        client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK ||
+        blkResp.uInteractionID != u4Id || blkResp.u4Status != MAIN_STATUS_DONE) {
         return 1;
     }
-    for (uint32_t u4Round = 0; u4Round < EXCHANGES_PER_CLIENT; ++u4Round) {
+    if (u4Rounds > 0 && client.OpenSession(u4Id) != NY_OK) {
+        return 2;
+    }
+    for (uint32_t u4Round = 0; u4Round < u4Rounds; ++u4Round) {
         tagBlkUiParam blkReq = {};
-        blkReq.enUiCmdType = 0x30000 + u4Index;
+        blkReq.enUiCmdType = 0x30000 + u4Id;
         for (uint32_t u4Off = NY_UI_PAYLOAD_OFFSET; u4Off + 4 <= NY_UI_PARAM_SIZE; u4Off += 4) {
-            NyUiParamSetU4(&blkReq, u4Off, u4Index << 24 | u4Round << 12 | u4Off);
+            NyUiParamSetU4(&blkReq, u4Off, u4Id << 24 | u4Round << 12 | u4Off);
         }
         tagBlkUiParam blkAnswer;
-        if (client.Exchange(&blkReq, &blkAnswer) != NY_OK) {
-            return 2;
-        }
-        if (memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
+        if (client.Exchange(&blkReq, &blkAnswer) != NY_OK ||
+            memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
                    NY_UI_PARAM_SIZE - 4) != 0) {
             return 3;
         }
@@ -61,49 +78,75 @@ int ExchangeOwnBlocks(const std::string& strMainName, uint32_t u4Index) {
     return 0;
 }
 
-// True once every thread of the process is in the stopped state.
-bool AllThreadsStopped(pid_t pid) {
-    std::string strTasks = "/proc/" + std::to_string(pid) + "/task";
-    DIR* pDir = opendir(strTasks.c_str());
-    if (pDir == nullptr) {
-        return false;
+// Child body: a client that takes the channel, says so, and when told writes a start request,
+// wakes the server and dies at once, before the answer.
+int SendStartAndDie(const std::string& strMain, int fdReady, int fdGo) {
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    NY_SHM_HANDLE hShm = nullptr;
+    NY_EVENT_HANDLE hRequest = nullptr;
+    char c = 0;
+    if (NyMutexCreate((strMain + "_Mutex_Communication").c_str(), &hMutex) != NY_OK ||
+        NyShareMemOpen(strMain.c_str(), 0, &hShm) != NY_OK ||
+        NyEventCreate((strMain + "_Event_Request").c_str(), &hRequest) != NY_OK ||
+        NyMutexWait(hMutex, NY_WAIT_INFINITE) != NY_OK || write(fdReady, "r", 1) != 1 ||
+        read(fdGo, &c, 1) != 1) {
+        return 1;
     }
-    bool bStopped = true;
-    while (struct dirent* pEntry = readdir(pDir)) {
-        if (pEntry->d_name[0] == '.') {
-            continue;
-        }
-        std::ifstream stat(strTasks + "/" + pEntry->d_name + "/stat");
-        std::string strLine;
-        std::getline(stat, strLine);
-        size_t nClose = strLine.rfind(')');
-        bStopped = bStopped && nClose != std::string::npos && nClose + 2 < strLine.size() &&
-                   strLine[nClose + 2] == 'T';
-    }
-    closedir(pDir);
-    return bStopped;
+    BlkShmCommHeaderTag blkHeader = {};
+    blkHeader.u4Command = COMM_COMMAND_REQUEST;
+    blkHeader.u4DataLen = MAIN_SESSION_RECORD_SIZE;
+    blkHeader.u4DataOffset = COMM_DATA_OFFSET;
+    BlkMainSessionRequestTag blkReq = {
+        MAIN_REQ_START_SESSION, 0, 0xDEAD, {}, static_cast<uint32_t>(getpid())};
+    NyShareMemWrite(hShm, 0, &blkHeader, sizeof(blkHeader));
+    NyShareMemWrite(hShm, COMM_DATA_OFFSET, &blkReq, sizeof(blkReq));
+    NyEventSet(hRequest);
+    NyMutexRelease(hMutex);  // what its death does, without the time the kernel takes for it
+    raise(SIGKILL);
+    return 2;
 }
 
-TEST(SessionLifecycleTest, SessionEndsAndItsChannelGoesWhenTheClientDies) {
-    CNyTestServer server;
-    ASSERT_TRUE(server.Started());
-    int afd[2];
-    ASSERT_EQ(0, pipe(afd));
-    pid_t pidClient = NyTestForkChild(
-        [&server, &afd]() { return OpenSessionAndWait(server.MainName(), afd[1]); });
-    ASSERT_GT(pidClient, 0);
-    char szName[MAIN_SESSION_NAME_SIZE] = {};
-    ssize_t nRead = read(afd[0], szName, sizeof(szName));
-    close(afd[0]);
-    close(afd[1]);
-    ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), nRead);
-    std::string strSession = szName;
-    ASSERT_TRUE(NyTestChannelObjectsExist(strSession));
+}  // namespace
 
-    NyTestKillChild(pidClient);
-    EXPECT_TRUE(NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1500))
-        << "the session channel outlived its client";
-    EXPECT_TRUE(server.Stop());
+// A session's channel goes when its client dies under a live server; when the server was killed
+// first, the next server of this executable removes what was left within a second of its start.
+TEST(SessionLifecycleTest, SessionChannelsGoWhenTheClientDiesOrAtTheNextServersStart) {
+    for (uint32_t u4Sessions : {1u, 5u}) {
+        bool bKillServer = u4Sessions > 1;
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        int afd[2];
+        ASSERT_EQ(0, pipe(afd));
+        pid_t pidClient = NyTestForkChild([&server, &afd, u4Sessions]() {
+            return OpenSessionsAndWait(server.MainName(), afd[1], u4Sessions);
+        });
+        std::vector<std::string> vSessions;
+        for (uint32_t i = 0; i < u4Sessions; ++i) {
+            char szName[MAIN_SESSION_NAME_SIZE] = {};
+            ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), read(afd[0], szName, sizeof(szName)));
+            vSessions.push_back(szName);
+            ASSERT_TRUE(NyTestChannelObjectsExist(szName));
+        }
+        close(afd[0]);
+        close(afd[1]);
+        if (bKillServer) {
+            server.Kill();
+        }
+        NyTestKillChild(pidClient);
+        std::unique_ptr<CNyTestServer> pNext;
+        if (bKillServer) {
+            NyOsSleep(100);  // the killed sessions' leftovers are there to be found
+            ASSERT_TRUE(NyTestChannelObjectsExist(vSessions[0]));
+            pNext = std::make_unique<CNyTestServer>();
+            ASSERT_TRUE(pNext->Started());
+        }
+        for (const std::string& strSession : vSessions) {
+            EXPECT_TRUE(
+                NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1000))
+                << strSession << (bKillServer ? " outlived its server" : " outlived its client");
+        }
+        EXPECT_TRUE(pNext != nullptr ? pNext->Stop() : server.Stop());
+    }
 }
 
 TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {
@@ -115,10 +158,10 @@ TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {
         ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
         ASSERT_EQ(NY_OK, client.OpenSession(3));
         strSession = client.SessionName();
-
         // Frozen, the server cannot answer: the request waits until the server is gone.
         ASSERT_EQ(0, kill(server.Pid(), SIGSTOP));
-        ASSERT_TRUE(NyTestWaitUntil([&]() { return AllThreadsStopped(server.Pid()); }, 5000));
+        int iStatus = 0;
+        ASSERT_EQ(server.Pid(), waitpid(server.Pid(), &iStatus, WUNTRACED));
         std::atomic<uint32_t> u4Result{NY_OK};
         std::atomic<uint64_t> u8Returned{0};
         std::thread waiter([&]() {
@@ -141,12 +184,21 @@ TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {
     EXPECT_FALSE(NyTestChannelObjectsExist(server.MainName()));
 }
 
-TEST(SessionLifecycleTest, NewServerUnderTheSameNameServesNewSessions) {
+// A second server refuses a live channel (one line naming it); a killed server's is taken over.
+TEST(SessionLifecycleTest, SecondServerRefusesALiveChannelAndTakesOverADeadOne) {
     std::string strMain;
     {
         CNyTestServer first;
         ASSERT_TRUE(first.Started());
         strMain = first.MainName();
+        std::string strOut = "/tmp/" + NyTestUniqueName("second-server") + ".txt";
+        pid_t pidSecond = NyTestSpawn({NyTestBinPath("ukey-uiserver"), strMain}, strOut);
+        EXPECT_EQ(3, NyTestWaitChild(pidSecond, 10000));
+        std::ifstream out(strOut);
+        std::string strLine;
+        std::getline(out, strLine);
+        unlink(strOut.c_str());
+        EXPECT_NE(std::string::npos, strLine.find("\"" + strMain + "\""));
         first.Kill();
     }
     CNyTestServer second(strMain);
@@ -162,13 +214,14 @@ TEST(SessionLifecycleTest, NewServerUnderTheSameNameServesNewSessions) {
     EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
 }
 
-TEST(SessionLifecycleTest, TwentyClientsAtOnceEachGetTheirOwnAnswers) {
+// A connect storm: every client connects, starts its session and is served.
+TEST(SessionLifecycleTest, HundredClientsAtOnceEachGetTheirOwnAnswers) {
     CNyTestServer server;
     ASSERT_TRUE(server.Started());
     std::vector<pid_t> vClients;
-    for (uint32_t i = 0; i < CLIENT_COUNT; ++i) {
+    for (uint32_t i = 0; i < 100; ++i) {
         vClients.push_back(
-            NyTestForkChild([&server, i]() { return ExchangeOwnBlocks(server.MainName(), i); }));
+            NyTestForkChild([&server, i]() { return OwnSessionRounds(server.MainName(), i, 5); }));
     }
     for (size_t i = 0; i < vClients.size(); ++i) {
         EXPECT_EQ(0, NyTestWaitChild(vClients[i], 60000)) << "client " << i;
@@ -176,31 +229,56 @@ TEST(SessionLifecycleTest, TwentyClientsAtOnceEachGetTheirOwnAnswers) {
     EXPECT_TRUE(server.Stop());
 }
 
+// A client killed while its start request is under way lets the next client in: that client
+// gets its own answer, and no session is left that nobody can end.
+TEST(SessionLifecycleTest, ClientKilledMidRequestLeavesNoAnswerToOthersAndNoOrphan) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    size_t cIdleThreads = ThreadCount(server.Pid());
+    for (uint32_t u4Trial = 0; u4Trial < 20; ++u4Trial) {
+        int afd[4];
+        ASSERT_EQ(0, pipe(afd));
+        ASSERT_EQ(0, pipe(afd + 2));
+        pid_t pidKilled =
+            NyTestForkChild([&]() { return SendStartAndDie(server.MainName(), afd[1], afd[2]); });
+        char c = 0;
+        ASSERT_EQ(1, read(afd[0], &c, 1));
+        pid_t pidNext = NyTestForkChild(
+            [&]() { return OwnSessionRounds(server.MainName(), 2000 + u4Trial, 0); });
+        NyOsSleep(200);  // the next client waits for the channel
+        ASSERT_EQ(1, write(afd[3], "g", 1));
+        EXPECT_EQ(128 + SIGKILL, NyTestWaitChild(pidKilled, 10000));
+        EXPECT_EQ(0, NyTestWaitChild(pidNext, 10000)) << "trial " << u4Trial;
+        for (int fd : afd) {
+            close(fd);
+        }
+    }
+    EXPECT_TRUE(NyTestWaitUntil([&]() { return ThreadCount(server.Pid()) == cIdleThreads; }, 5000))
+        << ThreadCount(server.Pid()) << " threads, " << cIdleThreads << " when idle";
+    EXPECT_TRUE(server.Stop());
+}
+
 TEST(SessionLifecycleTest, StoppedServerLeavesNoChannelBehind) {
-    std::string strMain;
-    std::string strReplaced;
-    std::string strSession;
+    std::vector<std::string> vNames;
     {
         CNyTestServer server;
         ASSERT_TRUE(server.Started());
-        strMain = server.MainName();
+        vNames.push_back(server.MainName());
         {
             // Two sessions for one id: the table keeps the second, the first runs on.
             CNyUiClient client;
-            ASSERT_EQ(NY_OK, client.JoinServer(strMain.c_str()));
-            ASSERT_EQ(NY_OK, client.OpenSession(8));
-            strReplaced = client.SessionName();
-            ASSERT_EQ(NY_OK, client.OpenSession(8));
-            strSession = client.SessionName();
+            ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+            for (int i = 0; i < 2; ++i) {
+                ASSERT_EQ(NY_OK, client.OpenSession(8));
+                vNames.push_back(client.SessionName());
+            }
         }
         // The client process lives on, so both sessions are still served.
-        EXPECT_TRUE(NyTestChannelObjectsExist(strReplaced));
-        EXPECT_TRUE(NyTestChannelObjectsExist(strSession));
+        EXPECT_TRUE(NyTestChannelObjectsExist(vNames[1]));
+        EXPECT_TRUE(NyTestChannelObjectsExist(vNames[2]));
         EXPECT_TRUE(server.Stop());
     }
-    for (const std::string& strName : {strMain, strReplaced, strSession}) {
+    for (const std::string& strName : vNames) {
         EXPECT_FALSE(NyTestChannelObjectsExist(strName)) << strName;
     }
 }
-
-}  // namespace

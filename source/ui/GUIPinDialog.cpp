@@ -104,6 +104,9 @@ void GUIPinDialog::ConnectEntry(GtkWidget* pEntry, bool bPin, GCallback pfnFilte
                          this);
         g_signal_connect(pEntry, "button-press-event",
                          G_CALLBACK(GUIEntryFilter::Copypaste_callback), this);
+        GUIEntryFilter::BlockPasteRoutes(pEntry);
+        g_signal_connect(pEntry, "insert-text",
+                         G_CALLBACK(GUIEntryFilter::on_entry_insert_capacity), nullptr);
     }
     if (pfnFilter != nullptr) {
         g_signal_connect(pEntry, "insert-text", pfnFilter, pvFilterData);

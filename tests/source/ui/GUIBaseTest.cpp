@@ -168,46 +168,6 @@ TEST_F(GUIBaseTest, BaseOperationsDoNothing) {
     EXPECT_EQ(0u, base.IsFinished());
 }
 
-// The block copy of a dialog: what construction makes of the request, and the size-query
-// hand-out, whose outcome the dialog does not report.
-TEST_F(GUIBaseTest, NullRequestGivesZeroedBlockMarkedCancelled) {
-    GUIverify dlg(nullptr, nullptr);
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    const uint8_t* pu1 = reinterpret_cast<const uint8_t*>(&blk);
-    EXPECT_EQ(std::vector<uint8_t>(NY_UI_PARAM_SIZE - 4, 0),
-              std::vector<uint8_t>(pu1 + 4, pu1 + NY_UI_PARAM_SIZE));
-    EXPECT_EQ(0u, dlg.IsFinished());
-}
-
-TEST_F(GUIBaseTest, RequestIsCopiedWholeWithResultCancelled) {
-    tagBlkUiParam req;
-    for (size_t i = 0; i < sizeof(req); ++i) {
-        reinterpret_cast<uint8_t*>(&req)[i] = static_cast<uint8_t>(i * 7 + 1);
-    }
-    req.enRes = UI_RESULT_OK;
-    GUIverify dlg(&req, nullptr);
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(0, memcmp(reinterpret_cast<uint8_t*>(&req) + 4, reinterpret_cast<uint8_t*>(&blk) + 4,
-                        sizeof(req) - 4));
-}
-
-TEST_F(GUIBaseTest, ResponseFollowsTheSizeQueryConventionAndAlwaysReturnsZero) {
-    GUIverify dlg(nullptr, nullptr);
-    unsigned int u4Len = 0;
-    EXPECT_EQ(0u, dlg.GetResponse(nullptr, &u4Len));
-    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
-
-    std::vector<unsigned char> vSmall(NY_UI_PARAM_SIZE - 1, 0x5A);
-    u4Len = NY_UI_PARAM_SIZE - 1;
-    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), &u4Len));
-    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
-    EXPECT_EQ(std::vector<unsigned char>(NY_UI_PARAM_SIZE - 1, 0x5A), vSmall);
-
-    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), nullptr));
-}
-
 struct BlkPasteCase {
     const char* szName;
     GdkEventType enType;

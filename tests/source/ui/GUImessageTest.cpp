@@ -170,13 +170,6 @@ protected:
         }
         return v;
     }
-    // Presses a button and checks the answer's result and choice.
-    void Answer(unsigned int u4Button, uint32_t u4Res, uint32_t u4Choice) {
-        NyGuiTestClick(Button(u4Button));
-        tagBlkUiParam blk = Finish();
-        EXPECT_EQ(u4Res, blk.enRes);
-        EXPECT_EQ(u4Choice, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
-    }
     std::vector<std::string> YesNo() {
         return {NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)};
     }
@@ -197,17 +190,45 @@ protected:
 
 }  // namespace
 
-TEST_F(GUImessageTest, WrongPinQuestionYesAnswersChoiceOne) {
-    Open(0xE06163C3, 0);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", Parse(0xE06163C3, 0)));
-    NyGuiTestShot(m_strWindow, "message-wrong-pin");
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
-}
-
-TEST_F(GUImessageTest, WrongPinQuestionNoAnswersChoiceTwo) {
-    Open(0xE06163C3, 0);
-    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
+// Each message on screen with its buttons, and what the pressed button answers (no button:
+// stopped).
+TEST_F(GUImessageTest, EachMessageShowsItsButtonsAndAnswersThePressedOne) {
+    const uint32_t NY_ANY = 0xFFFFFFFF;
+    const struct {
+        uint32_t u4MsgId, u4Param;
+        std::string strText;
+        bool bQuestion;
+        unsigned int u4Press;
+        uint32_t u4Res, u4Choice;
+    } aCases[] = {
+        {0xE06163C3, 0, Parse(0xE06163C3, 0), true, NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES},
+        {0xE06163C3, 0, Parse(0xE06163C3, 0), true, NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO},
+        {0xE06163C0, 11, "您的指纹已锁定，请先进行解锁！", false, 0, UI_RESULT_CANCEL, NY_ANY},
+        {0xE06163CF, 0x000B0002, "您的指纹已连续 2 次验证失败，请核对。是否继续重试？", true,
+         NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO},
+        {0, 7, "操作成功！", false, NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE},
+        {0xE0609999, 0, "未知错误，错误码0xe0609999！", false, NY_TXT_OK, UI_RESULT_OK, NY_ANY},
+        {0xE06163CF, 1, Parse(0xE06163CF, 1), true, NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES},
+    };
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(c.strText);
+        Open(c.u4MsgId, c.u4Param);
+        EXPECT_TRUE(NyGuiTestWaitFor("label", c.strText));
+        NyGuiTestShot(m_strWindow, "message-" + std::to_string(c.u4MsgId & 0xFFFF));
+        if (c.bQuestion) {
+            EXPECT_EQ(YesNo(), ShowingButtons());
+        }
+        if (c.u4Press == 0) {
+            m_pDialog->stop();
+        } else {
+            NyGuiTestClick(Button(c.u4Press));
+        }
+        tagBlkUiParam blk = Finish();
+        EXPECT_EQ(c.u4Res, blk.enRes);
+        if (c.u4Choice != NY_ANY) {
+            EXPECT_EQ(c.u4Choice, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+        }
+    }
 }
 
 TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
@@ -231,41 +252,6 @@ TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
     tagBlkUiParam blk = Finish();
     EXPECT_EQ(UI_RESULT_OK, blk.enRes);
     EXPECT_EQ(NY_MSG_CHOICE_NONE, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
-}
-
-TEST_F(GUImessageTest, FingerprintLockedNoticeIsShown) {
-    Open(0xE06163C0, 11);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "您的指纹已锁定，请先进行解锁！"));
-    m_pDialog->stop();
-    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUImessageTest, FingerprintFailureIsAQuestionWithTheCount) {
-    Open(0xE06163CF, 0x000B0002);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "您的指纹已连续 2 次验证失败，请核对。是否继续重试？"));
-    NyGuiTestShot(m_strWindow, "message-fingerprint");
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
-}
-
-TEST_F(GUImessageTest, SuccessNoticeAnswersOkWithChoiceZero) {
-    Open(0, 7);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "操作成功！"));
-    NyGuiTestShot(m_strWindow, "message-success");
-    Answer(NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE);
-}
-
-TEST_F(GUImessageTest, UnknownIdShowsItInHex) {
-    Open(0xE0609999, 0);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "未知错误，错误码0xe0609999！"));
-    NyGuiTestClick(Button(NY_TXT_OK));
-    EXPECT_EQ(UI_RESULT_OK, Finish().enRes);
-}
-
-TEST_F(GUImessageTest, LastTryOkAlwaysAnswersChoiceOne) {
-    Open(0xE06163CF, 1);
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
 }
 
 TEST_F(GUImessageTest, QuestionClosedByTheWindowManagerAnswersCancel) {

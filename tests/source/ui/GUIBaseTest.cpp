@@ -178,6 +178,7 @@ struct BlkPasteCase {
 };
 
 TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
+    // clang-format off
     const BlkPasteCase aCases[] = {
         {"ctrl+v", GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_v, 0, TRUE},
         {"ctrl+V", GDK_KEY_PRESS, GDK_CONTROL_MASK | GDK_SHIFT_MASK, GDK_V, 0, TRUE},
@@ -188,6 +189,7 @@ TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
         {"left button", GDK_BUTTON_PRESS, 0, 0, 1, FALSE},
         {"middle button", GDK_BUTTON_PRESS, 0, 0, 2, FALSE},
     };
+    // clang-format on
     for (const BlkPasteCase& c : aCases) {
         GdkEvent* pEvent = gdk_event_new(c.enType);
         if (c.enType == GDK_KEY_PRESS) {
@@ -232,17 +234,13 @@ std::string InsertThroughFilter(GCallback pfnFilter, gpointer pvData, const BlkI
 }  // namespace
 
 TEST_F(GUIBaseTest, PinFilterAdmitsLettersAndDigitsAndRejectsAnyOtherInsertionWhole) {
+    // clang-format off
     const BlkInsertCase aCases[] = {
-        {"", 0, "abcXYZ019", "abcXYZ019"},
-        {"ab", 2, "c", "abc"},
-        {"ab", 1, "Z", "aZb"},
-        {"ab", 2, "-", "ab"},
-        {"ab", 2, "cd!e", "ab"},
-        {"ab", 2, " ", "ab"},
-        {"", 0, "12 34", ""},
-        {"ab", 2, "\xC3\xA9", "ab"},  // é
-        {"ab", 2, "", "ab"},
+        {"", 0, "abcXYZ019", "abcXYZ019"}, {"ab", 2, "c", "abc"}, {"ab", 1, "Z", "aZb"},
+        {"ab", 2, "-", "ab"}, {"ab", 2, "cd!e", "ab"}, {"ab", 2, " ", "ab"}, {"", 0, "12 34", ""},
+        {"ab", 2, "\xC3\xA9", "ab"}, {"ab", 2, "", "ab"},
     };
+    // clang-format on
     for (const BlkInsertCase& c : aCases) {
         EXPECT_EQ(c.szAfter,
                   InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert), nullptr, c))
@@ -251,27 +249,24 @@ TEST_F(GUIBaseTest, PinFilterAdmitsLettersAndDigitsAndRejectsAnyOtherInsertionWh
 }
 
 TEST_F(GUIBaseTest, WideFiltersAdmitTheirSpecialSetsAndInnerSpacesOnly) {
+    // clang-format off
     const BlkInsertCase aPinCases[] = {
         {"", 0, "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./", "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./"},
-        {"ab", 2, "?", "ab"},             // the question mark is for labels only
-        {"ab", 1, " ", "a b"},            // a space inside
-        {"ab", 0, " ", "ab"},             // not at the start
-        {"ab", 2, " ", "ab"},             // nor at the end
-        {"", 0, " ", ""},                 // nor into nothing
-        {"ab", 1, " c", "ab"},            // a space with other characters is refused
-        {"ab", 2, "\xE4\xB8\xAD", "ab"},  // 中
+        {"ab", 2, "?", "ab"}, {"ab", 1, " ", "a b"}, {"ab", 0, " ", "ab"}, {"ab", 2, " ", "ab"},
+        {"", 0, " ", ""}, {"ab", 1, " c", "ab"}, {"ab", 2, "\xE4\xB8\xAD", "ab"},
     };
+    // clang-format on
     for (const BlkInsertCase& c : aPinCases) {
         EXPECT_EQ(c.szAfter,
                   InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
                                       const_cast<char*>(NY_GUI_PIN_SPECIAL_CHARS), c))
             << "PIN: insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
     }
+    // clang-format off
     const BlkInsertCase aLabelCases[] = {
-        {"ab", 2, "?", "ab?"},
-        {"ab", 1, " ", "a b"},
-        {"ab", 2, " ", "ab"},
+        {"ab", 2, "?", "ab?"}, {"ab", 1, " ", "a b"}, {"ab", 2, " ", "ab"},
     };
+    // clang-format on
     for (const BlkInsertCase& c : aLabelCases) {
         EXPECT_EQ(c.szAfter,
                   InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),

@@ -36,11 +36,11 @@ void CountLabelSet(GObject* /*pLabel*/, GParamSpec* /*pSpec*/, gpointer pvCount)
     ++*static_cast<std::atomic<int>*>(pvCount);
 }
 
-class GUIconfirmFpTest : public CConfirmDialogTest<GUIconfirmFp> {
+class GUIconfirmFpTest : public CConfirmDialogTest {
 protected:
     void Open(uint32_t u4Kind) {
-        m_strTitle = u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹";
-        OpenDialog(NyConfirmTestRequest(u4Kind, 30), "^" + m_strTitle + "$");
+        OpenDialog<GUIconfirmFp>(NyConfirmTestRequest(u4Kind, 30),
+                                 u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹");
     }
     unsigned int Update(uint32_t u4Kind, uint32_t u4Stage) {
         return CConfirmDialogTest::Update(NyConfirmTestUpdate(u4Kind, u4Stage));
@@ -64,8 +64,6 @@ protected:
         g_object_unref(pShot);
         return u4Rgb;
     }
-
-    std::string m_strTitle;
 };
 
 }  // namespace
@@ -74,18 +72,14 @@ TEST_F(GUIconfirmFpTest, StageCodesSelectTheirTips) {
     const struct {
         uint32_t u4Stage;
         const std::string* pstrMarkup;  // null: the tips stay as they are
+        // clang-format off
     } aCases[] = {
-        {0xEA, &NY_MARKUP_CHANGE_FINGER},
-        {0xEB, &NY_MARKUP_INVALID},
-        {0xEE, &NY_MARKUP_LIFT},
-        {0xEF, &NY_MARKUP_PLACE},
-        {0x123456EE, &NY_MARKUP_LIFT},
-        {UI_FP_VERIFY_FAILED, &NY_MARKUP_FAILED},
-        {0xE06163CE, nullptr},
-        {0xCF, nullptr},
-        {0, nullptr},
-        {0xEC, nullptr},
+        {0xEA, &NY_MARKUP_CHANGE_FINGER}, {0xEB, &NY_MARKUP_INVALID}, {0xEE, &NY_MARKUP_LIFT},
+        {0xEF, &NY_MARKUP_PLACE}, {0x123456EE, &NY_MARKUP_LIFT},
+        {UI_FP_VERIFY_FAILED, &NY_MARKUP_FAILED}, {0xE06163CE, nullptr}, {0xCF, nullptr},
+        {0, nullptr}, {0xEC, nullptr},
     };
+    // clang-format on
     for (const auto& test : aCases) {
         const char* szMarkup = GUIconfirmFp::StageMarkup(test.u4Stage);
         if (test.pstrMarkup == nullptr) {
@@ -189,7 +183,7 @@ TEST_F(GUIconfirmFpTest, StopAndUpdateNeverWaitForTheGuiLock) {
 
 TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
     m_req = NyConfirmTestRequest(UI_CTT_FINGERPRINT_ENROL, 30);
-    GUIconfirmFp dlg(&m_req, m_pConfig.get());
+    GUIconfirmFp dlg(&m_req, Config());
     EXPECT_EQ(0u, dlg.stop());
     EXPECT_EQ(0u, dlg.run());  // returns at once instead of waiting for the token
     EXPECT_EQ(1u, dlg.IsFinished());

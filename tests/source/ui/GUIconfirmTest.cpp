@@ -39,9 +39,11 @@ std::string Remain(uint32_t u4Seconds) {
     return Formatted(NY_TXT_REMAIN, u4Seconds);
 }
 
-class GUIconfirmTest : public CConfirmDialogTest<GUIconfirm> {
+class GUIconfirmTest : public CConfirmDialogTest {
 protected:
-    void Open(const tagBlkUiParam& req) { OpenDialog(req, TitleRegex()); }
+    void Open(const tagBlkUiParam& req) {
+        OpenDialog<GUIconfirm>(req, NyGuiTestText(NY_TXT_TITLE));
+    }
     static std::string TitleRegex() { return "^" + NyGuiTestText(NY_TXT_TITLE) + "$"; }
     static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
     static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
@@ -68,41 +70,28 @@ struct BlkKindCaseTag {
 
 TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
     const std::string strVerify = NyGuiTestText(0x210122);
+    // clang-format off
     const BlkKindCaseTag aCases[] = {
-        {1, 7, 0, NyGuiTestText(0x210070)},
-        {2, 7, 0, NyGuiTestText(0x210072)},
-        {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"},
-        {4, 7, 0, Formatted(0x21006D, 7)},
-        {5, 7, 0, NyGuiTestText(0x210073)},
-        {6, 7, 0, Formatted(0x210078, 7)},
-        {7, 7, 0, NyGuiTestText(0x210074)},
-        {8, 2, 0, Formatted(0x10044, 2)},
-        {9, 7, 0, NyGuiTestText(0x210075)},
-        {10, 7, 0, NyGuiTestText(0x210076)},
-        {11, 7, 0, Formatted(0x21006E, 7)},
-        {12, 7, 0, "操作已在UKey上取消！"},
-        {15, 0, 0, NyGuiTestText(0x210121)},
-        {15, 0x12, 0, NyGuiTestText(0x210121)},
-        {15, 0xEA, 0, NyGuiTestText(0x210123)},
-        {15, 0x99EB, 0, NyGuiTestText(0x210124)},
-        {15, 0xEE, 0, NyGuiTestText(NY_TXT_LIFT_FINGER)},
-        {15, 0xEF, 0, NyGuiTestText(0x210126)},
-        {15, UI_FP_VERIFY_FAILED, 0, NyGuiTestText(0x210121)},
-        {16, 0xEE, 0, strVerify},
-        {16, 0, 1, "剩余尝试次数:1\n" + strVerify},
-        {16, 0, 2, "剩余尝试次数:2\n" + strVerify},
-        {16, 0, 3, strVerify},
-        {0, 7, 0, ""},
-        {13, 7, 0, ""},
-        {14, 7, 0, ""},
-        {17, 7, 0, ""},
+        {1, 7, 0, NyGuiTestText(0x210070)}, {2, 7, 0, NyGuiTestText(0x210072)},
+        {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"}, {4, 7, 0, Formatted(0x21006D, 7)},
+        {5, 7, 0, NyGuiTestText(0x210073)}, {6, 7, 0, Formatted(0x210078, 7)},
+        {7, 7, 0, NyGuiTestText(0x210074)}, {8, 2, 0, Formatted(0x10044, 2)},
+        {9, 7, 0, NyGuiTestText(0x210075)}, {10, 7, 0, NyGuiTestText(0x210076)},
+        {11, 7, 0, Formatted(0x21006E, 7)}, {12, 7, 0, "操作已在UKey上取消！"},
+        {15, 0, 0, NyGuiTestText(0x210121)}, {15, 0x12, 0, NyGuiTestText(0x210121)},
+        {15, 0xEA, 0, NyGuiTestText(0x210123)}, {15, 0x99EB, 0, NyGuiTestText(0x210124)},
+        {15, 0xEE, 0, NyGuiTestText(NY_TXT_LIFT_FINGER)}, {15, 0xEF, 0, NyGuiTestText(0x210126)},
+        {15, UI_FP_VERIFY_FAILED, 0, NyGuiTestText(0x210121)}, {16, 0xEE, 0, strVerify},
+        {16, 0, 1, "剩余尝试次数:1\n" + strVerify}, {16, 0, 2, "剩余尝试次数:2\n" + strVerify},
+        {16, 0, 3, strVerify}, {0, 7, 0, ""}, {13, 7, 0, ""}, {14, 7, 0, ""}, {17, 7, 0, ""},
         {0xFFFFFFFF, 7, 0, ""},
     };
+    // clang-format on
     EXPECT_NE(std::string::npos, Formatted(0x10044, 2).find("还有2次"));
     for (const BlkKindCaseTag& test : aCases) {
         tagBlkUiParam req =
             NyConfirmTestRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
-        GUIconfirm dlg(&req, m_pConfig.get());
+        GUIconfirm dlg(&req, Config());
         char szText[NY_GUI_LONG_TEXT_SIZE] = "unset";
         bool bHas = dlg.SelectMessage(szText, sizeof(szText));
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind) + " detail " +
@@ -118,18 +107,13 @@ TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     const struct {
         uint32_t u4Detail;
         unsigned int u4TextId;  // 0: the message stays
+        // clang-format off
     } aCases[] = {
-        {0xEA, 0x210123},
-        {0xEB, NY_TXT_INVALID_DATA},
-        {0xEE, NY_TXT_LIFT_FINGER},
-        {0xEF, 0x210126},
-        {0xFFFFFFEE, NY_TXT_LIFT_FINGER},
-        {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
-        {0xE06163CE, 0},
-        {0xCF, 0},
-        {0, 0},
-        {0xED, 0},
+        {0xEA, 0x210123}, {0xEB, NY_TXT_INVALID_DATA}, {0xEE, NY_TXT_LIFT_FINGER}, {0xEF, 0x210126},
+        {0xFFFFFFEE, NY_TXT_LIFT_FINGER}, {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
+        {0xE06163CE, 0}, {0xCF, 0}, {0, 0}, {0xED, 0},
     };
+    // clang-format on
     for (const auto& test : aCases) {
         EXPECT_EQ(test.u4TextId, NyConfirmUpdateTextId(test.u4Detail)) << std::hex << test.u4Detail;
     }
@@ -148,7 +132,7 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
         Open(NyConfirmTestRequest(test.u4Kind, 30));
         tagBlkUiParam req = m_req;
         char szExpected[NY_GUI_LONG_TEXT_SIZE] = "";
-        GUIconfirm(&req, m_pConfig.get()).SelectMessage(szExpected, sizeof(szExpected));
+        GUIconfirm(&req, Config()).SelectMessage(szExpected, sizeof(szExpected));
         EXPECT_EQ(szExpected, Tips());
         EXPECT_EQ(test.bWraps, NyGuiTestLabelWraps("confirm_tips"));
         NyGuiTestShot(m_strWindow, "confirm-kind" + std::to_string(test.u4Kind));
@@ -289,7 +273,7 @@ TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
 
 TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
     tagBlkUiParam req = NyConfirmTestRequest(4, 30, 1, 0x11);
-    GUIconfirm dlg(&req, m_pConfig.get());
+    GUIconfirm dlg(&req, Config());
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(req)));
     // A short update replaces only the bytes it carries.
     tagBlkUiParam upd = NyConfirmTestUpdate(5, 0x22, 60);
@@ -312,7 +296,7 @@ TEST_F(GUIconfirmTest, ConfirmCommandOpensTheFingerprintDialogOnlyForKinds15And1
     for (uint32_t u4Kind : {0u, 1u, 14u, 15u, 16u, 17u}) {
         tagBlkUiParam req = NyConfirmTestRequest(u4Kind, 30);
         std::unique_ptr<GUIBase> pDialog(
-            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, m_pConfig.get()));
+            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, Config()));
         bool bFingerprint = u4Kind == 15 || u4Kind == 16;
         EXPECT_EQ(bFingerprint, dynamic_cast<GUIconfirmFp*>(pDialog.get()) != nullptr) << u4Kind;
         EXPECT_EQ(!bFingerprint, dynamic_cast<GUIconfirm*>(pDialog.get()) != nullptr) << u4Kind;

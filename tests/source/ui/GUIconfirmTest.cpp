@@ -44,7 +44,6 @@ protected:
     void Open(const tagBlkUiParam& req) {
         OpenDialog<GUIconfirm>(req, NyGuiTestText(NY_TXT_TITLE));
     }
-    static std::string TitleRegex() { return "^" + NyGuiTestText(NY_TXT_TITLE) + "$"; }
     static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
     static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
     // Waits until the countdown shows u4Seconds; the time that took, or -1 ms when it did not.
@@ -162,15 +161,23 @@ TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
     usleep(2500 * 1000);
     EXPECT_EQ(Remain(0), Countdown());
     EXPECT_EQ(0u, m_pDialog->IsFinished());
-    EXPECT_EQ(1u, NyTestFindWindows(TitleRegex()).size());
+    EXPECT_EQ(1u, NyTestFindWindows("^" + m_strTitle + "$").size());
     m_pDialog->stop();
     Finish();
 }
 
-TEST_F(GUIconfirmTest, FingerprintUpdatesRestartTheCountAndFollowTheDetailValue) {
+// An update of another kind changes nothing shown (the count goes on from the request's
+// time-out); fingerprint updates restart the count and follow the detail value.
+TEST_F(GUIconfirmTest, UpdatesOfTheFingerprintKindsAloneChangeWhatIsShown) {
     Open(NyConfirmTestRequest(2, 30));
     const std::string strFirst = Tips();
     ASSERT_FALSE(strFirst.empty());
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
+    EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
+    EXPECT_EQ(strFirst, Tips());
+    tagBlkUiParam blk = NyGuiTestResponse(m_pDialog.get());
+    EXPECT_EQ(3u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(90u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
     // A detail without a text of its own keeps the message, yet the count restarts.
     EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 40)));
     EXPECT_EQ(strFirst, Tips());
@@ -183,26 +190,12 @@ TEST_F(GUIconfirmTest, FingerprintUpdatesRestartTheCountAndFollowTheDetailValue)
     EXPECT_GE(WaitCountdown(59, 2000).count(), 0);
     NyGuiTestShot(m_strWindow, "confirm-update-lift-finger");
     m_pDialog->stop();
-    tagBlkUiParam blk = Finish();
+    blk = Finish();
     // The update's block replaced the request, but the answer is still the dialog's own.
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
     EXPECT_EQ(UI_CMD_UPDATE, blk.enUiCmdType);
     EXPECT_EQ(UI_CTT_FINGERPRINT_ENROL, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
     EXPECT_EQ(0xEEu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
-}
-
-TEST_F(GUIconfirmTest, UpdateOfAnotherKindChangesNothingVisible) {
-    Open(NyConfirmTestRequest(2, 30));
-    const std::string strTips = Tips();
-    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
-    // Two ticks later the count went on from the request's time-out, not the update's.
-    EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
-    EXPECT_EQ(strTips, Tips());
-    m_pDialog->stop();
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(3u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
-    EXPECT_EQ(90u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
 }
 
 TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {

@@ -121,11 +121,22 @@ TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     EXPECT_EQ(0u, NyConfirmFirstCount(0));  // no wrap-around to four billion seconds
 }
 
-TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
-    struct {
+// The message shown per kind wraps only beyond its limit (kind 1: 99 bytes; others: the
+// label's 40 characters); the device image is the kind's token picture scaled to 200 x 100.
+TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimitBesideTheKindsPicture) {
+    const char* szPng = "USBKey_Confirm.png";
+    const char* szGif = "USBKey_Fingerprint_Confirm.gif";
+    const struct {
         uint32_t u4Kind;
-        bool bWraps;  // kind 1: beyond 99 bytes; others: beyond the label's 40 characters
-    } aCases[] = {{1, true}, {2, true}, {6, false}, {12, false}, {0, false}};
+        bool bWraps;
+        const char* szFile;
+    // clang-format off
+    } aCases[] = {
+        {1, true, szPng}, {2, true, szPng}, {6, false, szPng}, {12, false, szPng},
+        {0, false, szPng}, {4, true, szPng}, {UI_CTT_FINGERPRINT_ENROL, true, szGif},
+        {UI_CTT_FINGERPRINT_VERIFY, true, szGif},
+    };
+    // clang-format on
     for (const auto& test : aCases) {
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind));
         Open(NyConfirmTestRequest(test.u4Kind, 30));
@@ -135,6 +146,20 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
         EXPECT_EQ(szExpected, Tips());
         EXPECT_EQ(test.bWraps, NyGuiTestLabelWraps("confirm_tips"));
         NyGuiTestShot(m_strWindow, "confirm-kind" + std::to_string(test.u4Kind));
+        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
+        ASSERT_NE(nullptr, pShown);
+        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
+        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
+        // The file scaled to 200 x 100 as it is shown, and not the other picture.
+        for (const char* szFile : {szPng, szGif}) {
+            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
+            ASSERT_NE(nullptr, pFile) << szFile;
+            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
+            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
+            g_object_unref(pScaled);
+            g_object_unref(pFile);
+        }
+        g_object_unref(pShown);
         m_pDialog->stop();
         Finish();
         m_pRun.reset();
@@ -230,38 +255,6 @@ TEST_F(GUIconfirmTest, ClosableWindowClosedByTheWindowManagerAnswersCancel) {
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x24"));
     NyTestKey("alt+F4");
     EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
-    const struct {
-        uint32_t u4Kind;
-        const char* szFile;
-        const char* szOther;
-    } aCases[] = {
-        {4, "USBKey_Confirm.png", "USBKey_Fingerprint_Confirm.gif"},
-        {UI_CTT_FINGERPRINT_ENROL, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"},
-        {UI_CTT_FINGERPRINT_VERIFY, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"}};
-    for (const auto& test : aCases) {
-        SCOPED_TRACE(test.szFile);
-        Open(NyConfirmTestRequest(test.u4Kind, 30));
-        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
-        ASSERT_NE(nullptr, pShown);
-        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
-        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
-        // The file scaled to 200 x 100 as it is shown, and not the other picture.
-        for (const char* szFile : {test.szFile, test.szOther}) {
-            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
-            ASSERT_NE(nullptr, pFile) << szFile;
-            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
-            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
-            g_object_unref(pScaled);
-            g_object_unref(pFile);
-        }
-        g_object_unref(pShown);
-        m_pDialog->stop();
-        Finish();
-        m_pRun.reset();
-    }
 }
 
 TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {

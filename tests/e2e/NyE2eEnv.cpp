@@ -113,8 +113,8 @@ std::string NyE2eWaitVerifyWindow() {
     return NyTestWaitWindow(VerifyTitle(), NY_E2E_WAIT_MS);
 }
 
-bool NyE2eWaitNoVerifyWindow() {
-    return NyTestWaitNoWindow(VerifyTitle(), NY_E2E_WAIT_MS);
+bool NyE2eWaitNoVerifyWindow(unsigned int u4TimeoutMs) {
+    return NyTestWaitNoWindow(VerifyTitle(), u4TimeoutMs);
 }
 
 size_t NyE2eVerifyWindows() {

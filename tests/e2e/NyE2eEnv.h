@@ -47,7 +47,7 @@ std::string NyE2ePin(const tagBlkUiParam& blk);
 
 // The verify dialog's window once shown ("" after the wait), its going, and how many there are.
 std::string NyE2eWaitVerifyWindow();
-bool NyE2eWaitNoVerifyWindow();
+bool NyE2eWaitNoVerifyWindow(unsigned int u4TimeoutMs = NY_E2E_WAIT_MS);
 size_t NyE2eVerifyWindows();
 
 // Clicks the server's PIN entry (found by its accessible name) and types strPin and Enter.

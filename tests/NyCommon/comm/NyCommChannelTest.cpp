@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <functional>
 #include <random>
@@ -184,34 +183,6 @@ TEST_F(NyCommChannel, OversizedNotifyArrivesAsAnEmptyAnswerAndIsLogged) {
     EXPECT_NE(std::find(vErrors.begin(), vErrors.end(),
                         "CNyShmCommunication::InnerNotify()->data size too big!"),
               vErrors.end());
-    EXPECT_EQ(NyCommDisconnect(hSession), 0u);
-}
-
-TEST_F(NyCommChannel, KillingTheServerEndsAWaitingCommitWithinHalfASecond) {
-    pid_t pidServer = Child([this] {  // takes the request and never answers
-        NY_COMM_HANDLE hSession = StartServer();
-        std::vector<uint8_t> vRequest(CAPACITY);
-        uint32_t u4Length = CAPACITY;
-        ListenFor(hSession, &vRequest, &u4Length);
-        pause();
-        return 0;
-    });
-    NY_COMM_HANDLE hSession = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, &hSession), 0u);
-    std::atomic<uint64_t> u8KilledAt{0};
-    std::thread killer([&] {
-        NyOsSleep(300);
-        NyTestKillChild(pidServer);
-        u8KilledAt = NyOsGetTickCount64();
-    });
-    uint8_t au1Answer[16] = {};
-    EXPECT_EQ(NyCommCommit(hSession, "ping", 4, au1Answer, sizeof(au1Answer)),
-              NY_ERR_COMM_NOT_CONNECTED);
-    uint64_t u8ReturnedAt = NyOsGetTickCount64();
-    killer.join();
-    ASSERT_GT(u8KilledAt.load(), 0u);
-    EXPECT_GE(u8ReturnedAt, u8KilledAt.load() + 300);
-    EXPECT_LE(u8ReturnedAt, u8KilledAt.load() + 700);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,12 +22,7 @@ const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0x
                                                 0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
 
 bool IsGuidText(const char* sz) {
-    bool bGuid = strlen(sz) == 36;
-    for (int i = 0; bGuid && i < 36; ++i) {
-        bool bDash = (i == 8 || i == 13 || i == 18 || i == 23);
-        bGuid = bDash ? sz[i] == '-' : isxdigit(sz[i]) && !islower(sz[i]);
-    }
-    return bGuid;
+    return std::regex_match(sz, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
 }
 
 // A request with a recognisable pattern in every byte behind the header.

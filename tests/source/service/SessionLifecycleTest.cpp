@@ -1,6 +1,7 @@
 // Sessions against dying clients, a dying server and many clients at once.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/sem.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include "NyTestServer.h"
 #include "comm/BlkShmCommHeader.h"
 #include "ipc/NyEvent.h"
+#include "ipc/NyIpcName.h"
 #include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
 #include "os/NyOs.h"
@@ -106,7 +108,56 @@ int SendStartAndDie(const std::string& strMain, int fdReady, int fdGo) {
     return 2;
 }
 
+void RemoveFiles(const std::string& strMain) {
+    char szPath[NY_IPC_PATH_SIZE];
+    ASSERT_TRUE(FileName2Path(strMain.c_str(), NY_FILE_KIND_SHM, szPath, sizeof(szPath)));
+    EXPECT_EQ(0, unlink(szPath));
+    std::string strMutex = strMain + "_Mutex_Communication";
+    ASSERT_TRUE(FileName2Path(strMutex.c_str(), NY_FILE_KIND_MUTEX, szPath, sizeof(szPath)));
+    EXPECT_EQ(0, unlink(szPath));
+}
+
+void RemoveSemaphoreSets(const std::string& strMain) {
+    for (const char* szSuffix : {"_Event_Request", "_Event_Response", "_Event_Connected"}) {
+        std::string strEvent = strMain + szSuffix;
+        key_t key = static_cast<key_t>(UnixName2Key(NY_KEY_KIND_EVENT, strEvent.c_str()));
+        EXPECT_EQ(0, semctl(semget(key, 2, 0), 0, IPC_RMID)) << strEvent;
+    }
+}
+
 }  // namespace
+
+// A main channel pulled out from under a running server (its two files, or its three semaphore
+// sets) is re-created within a second, its open sessions stopped.
+TEST(SessionLifecycleTest, RemovedMainChannelIsRecreatedWithinASecondAndItsSessionsStopped) {
+    for (auto pfnRemove : {RemoveFiles, RemoveSemaphoreSets}) {
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        CNyUiClient client;
+        ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+        ASSERT_EQ(NY_OK, client.OpenSession(21));
+        pfnRemove(server.MainName());
+        // A fresh client process each try: this one keeps the lost channel's record.
+        EXPECT_TRUE(NyTestWaitUntil(
+            [&]() {
+                return NyTestWaitChild(NyTestForkChild([&]() {
+                                           return OwnSessionRounds(server.MainName(), 1, 1);
+                                       }),
+                                       5000) == 0;
+            },
+            1000))
+            << "the main channel did not come back";
+        EXPECT_TRUE(NyTestWaitUntil(
+            [&]() {
+                EnBool enConnected = NY_TRUE;
+                NyCommIsConnected(client.SessionHandle(), &enConnected);
+                return enConnected == NY_FALSE;
+            },
+            1000))
+            << "the open session was not stopped";
+        EXPECT_TRUE(server.Stop());
+    }
+}
 
 // A session's channel goes when its client dies under a live server; when the server was killed
 // first, the next server of this executable removes what was left within a second of its start.

@@ -36,8 +36,8 @@ struct ServerFixture : ::testing::Test {
         ASSERT_EQ(NyShareMemOpen(strName.c_str(), 0, &hShm), 0u);
     }
     void TearDown() override {
+        EXPECT_TRUE(hServer == nullptr || server.Disconnect(hServer) == 0u);
         NyShareMemClose(hShm);
-        EXPECT_EQ(server.Disconnect(hServer), 0u);
         EXPECT_FALSE(NyTestChannelObjectsExist(strName));
         NyCommonLibRelease();
     }
@@ -171,4 +171,18 @@ TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
     NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
     EXPECT_EQ(u4InRegion, 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
+}
+
+TEST_F(ServerFixture, RegionIsWipedWhenTheServerClosesTheChannel) {
+    uint32_t u4Pin = 0x31323334;
+    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Pin, sizeof(u4Pin)};
+    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);  // not an answer: nothing wipes it early
+    NyOsSleep(30);
+    uint32_t u4InRegion = 0;
+    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
+    EXPECT_EQ(u4InRegion, u4Pin);
+    EXPECT_EQ(server.Disconnect(hServer), 0u);
+    hServer = nullptr;
+    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
+    EXPECT_EQ(u4InRegion, 0u);
 }

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cstring>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -21,8 +20,12 @@ constexpr uint8_t SENTINEL = 0xA5;
 const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE,
                                                 0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
 
-bool IsGuidText(const char* sz) {
-    return std::regex_match(sz, std::regex("[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
+// Upper-case hexadecimal digits in the 8-4-4-4-12 shape.
+bool IsGuidText(std::string str) {
+    for (char& c : str) {
+        c = c == '-' ? '-' : (isxdigit(c) && !islower(c) ? 'h' : '?');
+    }
+    return str == "hhhhhhhh-hhhh-hhhh-hhhh-hhhhhhhhhhhh";
 }
 
 // A request with a recognisable pattern in every byte behind the header.

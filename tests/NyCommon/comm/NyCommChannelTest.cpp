@@ -171,7 +171,7 @@ TEST_F(NyCommChannel, OversizedNotifyArrivesAsAnEmptyAnswerAndIsLogged) {
         }
         return std::count(vAnswer.begin(), vAnswer.end(), 0xEE) == CAPACITY ? 0 : 3;
     });
-    CNyTestLogCapture capture;
+    CNyTestLogCapture capture(false);  // the fixture started the library and its logger
     NY_COMM_HANDLE hSession = StartServer();
     std::vector<uint8_t> vRequest(CAPACITY);
     uint32_t u4Length = CAPACITY;

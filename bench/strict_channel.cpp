@@ -17,6 +17,8 @@
 
 #include "CNyStrictClient.h"
 #include "NyUiServerProcess.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "session/NyMainSessionRecord.h"
 #include "uiblock/NyUiParam.h"
@@ -127,6 +129,38 @@ void BM_SessionStatusPoll(benchmark::State& state) {
     Percentiles(state, vMicros);
 }
 BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond);
+
+// How long an answer stays readable in the session's region after its client has read it and
+// released the channel (the server wipes it then).
+void BM_AnswerReadableAfterRequest(benchmark::State& state) {
+    ServerUnderTest server;
+    std::string strSession;
+    CNyStrictClient session;
+    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
+        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+        state.SkipWithError("no session");
+        return;
+    }
+    std::vector<double> vMicros;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_GET_STATUS;
+    std::fill(blkReq.au1Payload, blkReq.au1Payload + sizeof(blkReq.au1Payload), 0x5A);
+    tagBlkUiParam blkResp = {};
+    for (auto _ : state) {
+        if (session.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+            state.SkipWithError("poll failed");
+            return;
+        }
+        auto tStart = Clock::now();
+        uint8_t u1Byte = 0x5A;
+        while (u1Byte != 0 && MicrosSince(tStart) < 1e6) {
+            NyShareMemRead(session.Region(), COMM_DATA_OFFSET + NY_UI_PAYLOAD_OFFSET, &u1Byte, 1);
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_AnswerReadableAfterRequest)->Iterations(200)->Unit(benchmark::kMicrosecond);
 
 // From the start answer to a connected session channel.
 void BM_FirstConnectToNewSession(benchmark::State& state) {

@@ -78,7 +78,8 @@ void CCommAnswerGuard::Answered(const BlkShmCommHeaderTag& blkAnswer) {
 // The client holds the channel mutex from before its request until it has read the answer, so
 // holding it here means the answer has been taken (or its client died).
 void CCommAnswerGuard::TryWipe() {
-    if (NyMutexTryWait(m_hMutex) != NY_OK) {
+    // A look first: a failed attempt at the lock pauses for a millisecond.
+    if (MutexHeldElsewhere() || NyMutexTryWait(m_hMutex) != NY_OK) {
         return;
     }
     // Region lock before m_mtx, in the order of the serving thread.

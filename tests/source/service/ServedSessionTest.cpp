@@ -10,8 +10,6 @@
 #include "CNyUiClient.h"
 #include "NyTestServer.h"
 #include "session/NySessionChannel.h"
-#include "support/NyTestChannelObjects.h"
-#include "support/NyTestNames.h"
 
 namespace {
 
@@ -39,10 +37,6 @@ tagBlkUiParam PatternBlock(uint32_t u4CmdType, uint32_t u4Mode, uint8_t u1Salt) 
     blk.u4Mode = u4Mode;
     blk.u4Protected = UI_PARAM_CLEAR;
     return blk;
-}
-
-bool SameBehindResult(tagBlkUiParam* pA, tagBlkUiParam* pB) {
-    return memcmp(NyUiParamBytes(pA, 4), NyUiParamBytes(pB, 4), NY_UI_PARAM_SIZE - 4) == 0;
 }
 
 class ServedSessionTest : public ::testing::Test {
@@ -135,21 +129,9 @@ TEST_F(ServedSessionTest, StartGivesAFreshGuidChannelEvenForTheSameId) {
     }
 }
 
-TEST(ServedSessionNameTest, NameLongerThan127CharactersIsCutBeforeUse) {
-    std::string strLong = NyTestUniqueName("uisrv-long");
-    strLong.append(200 - strLong.size(), 'x');
-    std::string strCut = strLong.substr(0, 127);
-    CNyTestServer server(strLong, strCut);
-    ASSERT_TRUE(server.Started()) << "nothing serves the first 127 characters";
-    CNyUiClient client;
-    EXPECT_NE(NY_OK, client.JoinServer(strLong.c_str()));
-    EXPECT_TRUE(server.Stop());
-    EXPECT_FALSE(NyTestChannelObjectsExist(strCut));
-}
-
 // With no dialog held and no display every command ends in one of these answers; every other
 // byte of the answer is the request's own (a protection flag of 2 included: answered in clear).
-TEST_F(ServedSessionTest, EveryCommandIsAnsweredAsTheRequestsOwnCopy) {
+TEST_F(ServedSessionTest, EveryBlockIsAnsweredAsTheRequestsOwnCopy) {
     struct {
         uint32_t u4CmdType;
         uint32_t u4Mode;
@@ -178,7 +160,8 @@ TEST_F(ServedSessionTest, EveryCommandIsAnsweredAsTheRequestsOwnCopy) {
         tagBlkUiParam blkAnswer;
         ASSERT_EQ(NY_OK, m_client.Exchange(&blkReq, &blkAnswer));
         EXPECT_EQ(c.u4ExpectedRes, blkAnswer.enRes);
-        EXPECT_TRUE(SameBehindResult(&blkReq, &blkAnswer));
+        EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
+                            NY_UI_PARAM_SIZE - 4));
     }
     // A short request reads zeros, not the earlier request's bytes.
     uint32_t au4Short[2] = {0x77, 0x20001};
@@ -186,10 +169,7 @@ TEST_F(ServedSessionTest, EveryCommandIsAnsweredAsTheRequestsOwnCopy) {
     tagBlkUiParam blkExpected = {};
     blkExpected.enUiCmdType = 0x20001;
     EXPECT_EQ(0, memcmp(&blkExpected, vAnswer.data(), sizeof(blkExpected)));
-}
-
-TEST_F(ServedSessionTest, ProtectedRequestIsAnsweredUnderTheSameSeed) {
-    ASSERT_EQ(NY_OK, m_client.OpenSession(0x51));
+    // A protected request is answered under the same seed.
     tagBlkUiParam blkPlain = PatternBlock(0x20000, 0, 3);
     tagBlkUiParam blkReq = blkPlain;
     memcpy(blkReq.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
@@ -202,7 +182,7 @@ TEST_F(ServedSessionTest, ProtectedRequestIsAnsweredUnderTheSameSeed) {
                         NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET), NY_UI_PROTECTED_SIZE))
         << "an unchanged payload enciphers to the request's own cipher text";
     ASSERT_EQ(NY_OK, UiParamDec(&blkAnswer));
-    tagBlkUiParam blkExpected = blkPlain;
+    blkExpected = blkPlain;
     memcpy(blkExpected.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
     blkExpected.enRes = UI_RESULT_NOT_PROCESSED;
     EXPECT_EQ(0, memcmp(&blkExpected, &blkAnswer, sizeof(blkAnswer)));

@@ -259,10 +259,6 @@ TEST(SessionLifecycleTest, SecondServerRefusesALiveChannelAndTakesOverADeadOne) 
     BlkMainSessionResponseTag blkResp;
     ASSERT_EQ(NY_OK, client.MainRequest(7, 1, getpid(), &blkResp));
     EXPECT_EQ(static_cast<uint32_t>(second.Pid()), blkResp.uServerPid);
-    ASSERT_EQ(NY_OK, client.OpenSession(1));
-    tagBlkUiParam blkAnswer;
-    EXPECT_EQ(NY_OK, client.SendCommand(UI_CMD_TERMINATE, &blkAnswer));
-    EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
 }
 
 // A connect storm: every client connects, starts its session and is served.

@@ -201,10 +201,14 @@ int StormChild(const std::string& strMain, int iGoFd, int iResultFd) {
     auto tStart = Clock::now();
     std::string strSession;
     CNyStrictClient session;
-    bool bOk = bOpen && main.Connect(CONNECT_MS) == NY_OK &&
-               StartSession(&main, static_cast<uint32_t>(getpid()), &strSession) == NY_OK &&
-               session.Open(strSession) == NY_OK && session.Connect(CONNECT_MS) == NY_OK;
-    double dMicros = bOk ? MicrosSince(tStart) : -1.0;
+    // A failure is reported as minus the number of the step that failed.
+    int iStep = !bOpen                                                                       ? 1
+                : main.Connect(CONNECT_MS) != NY_OK                                          ? 2
+                : StartSession(&main, static_cast<uint32_t>(getpid()), &strSession) != NY_OK ? 3
+                : session.Open(strSession) != NY_OK                                          ? 4
+                : session.Connect(CONNECT_MS) != NY_OK                                       ? 5
+                                                                                             : 0;
+    double dMicros = iStep == 0 ? MicrosSince(tStart) : -static_cast<double>(iStep);
     ssize_t nWritten = write(iResultFd, &dMicros, sizeof(dMicros));
     session.Close();
     main.Close();
@@ -220,6 +224,7 @@ void BM_ConnectStorm100(benchmark::State& state) {
     }
     std::vector<double> vSlowest;
     uint32_t u4Failed = 0;
+    uint32_t au4FailedAt[6] = {};
     for (auto _ : state) {
         int aiGo[2];
         int aiResult[2];
@@ -252,6 +257,7 @@ void BM_ConnectStorm100(benchmark::State& state) {
             ++u4Answers;
             if (dMicros < 0) {
                 ++u4Failed;
+                ++au4FailedAt[static_cast<int>(-dMicros) % 6];
             } else {
                 dSlowest = std::max(dSlowest, dMicros);
             }
@@ -267,6 +273,11 @@ void BM_ConnectStorm100(benchmark::State& state) {
     state.counters["slowest_p50_us"] = vSlowest[vSlowest.size() / 2];
     state.counters["slowest_max_us"] = vSlowest.back();
     state.counters["failed_clients"] = u4Failed;
+    for (int i = 1; i < 6; ++i) {
+        if (au4FailedAt[i] != 0) {
+            state.counters["failed_at_step_" + std::to_string(i)] = au4FailedAt[i];
+        }
+    }
 }
 BENCHMARK(BM_ConnectStorm100)->Iterations(10)->Unit(benchmark::kMillisecond);
 

@@ -17,6 +17,8 @@
 
 #include "CNyStrictClient.h"
 #include "NyUiServerProcess.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyShareMem.h"
 #include "os/NyCommonLib.h"
 #include "session/NyMainSessionRecord.h"
 #include "uiblock/NyUiParam.h"
@@ -128,6 +130,38 @@ void BM_SessionStatusPoll(benchmark::State& state) {
 }
 BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 
+// How long an answer stays readable in the session's region after its client has read it and
+// released the channel (the server wipes it then).
+void BM_AnswerReadableAfterRequest(benchmark::State& state) {
+    ServerUnderTest server;
+    std::string strSession;
+    CNyStrictClient session;
+    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
+        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+        state.SkipWithError("no session");
+        return;
+    }
+    std::vector<double> vMicros;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_GET_STATUS;
+    std::fill(blkReq.au1Payload, blkReq.au1Payload + sizeof(blkReq.au1Payload), 0x5A);
+    tagBlkUiParam blkResp = {};
+    for (auto _ : state) {
+        if (session.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+            state.SkipWithError("poll failed");
+            return;
+        }
+        auto tStart = Clock::now();
+        uint8_t u1Byte = 0x5A;
+        while (u1Byte != 0 && MicrosSince(tStart) < 1e6) {
+            NyShareMemRead(session.Region(), COMM_DATA_OFFSET + NY_UI_PAYLOAD_OFFSET, &u1Byte, 1);
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_AnswerReadableAfterRequest)->Iterations(200)->Unit(benchmark::kMicrosecond);
+
 // From the start answer to a connected session channel.
 void BM_FirstConnectToNewSession(benchmark::State& state) {
     ServerUnderTest server;
@@ -167,10 +201,14 @@ int StormChild(const std::string& strMain, int iGoFd, int iResultFd) {
     auto tStart = Clock::now();
     std::string strSession;
     CNyStrictClient session;
-    bool bOk = bOpen && main.Connect(CONNECT_MS) == NY_OK &&
-               StartSession(&main, static_cast<uint32_t>(getpid()), &strSession) == NY_OK &&
-               session.Open(strSession) == NY_OK && session.Connect(CONNECT_MS) == NY_OK;
-    double dMicros = bOk ? MicrosSince(tStart) : -1.0;
+    // A failure is reported as minus the number of the step that failed.
+    int iStep = !bOpen                                                                       ? 1
+                : main.Connect(CONNECT_MS) != NY_OK                                          ? 2
+                : StartSession(&main, static_cast<uint32_t>(getpid()), &strSession) != NY_OK ? 3
+                : session.Open(strSession) != NY_OK                                          ? 4
+                : session.Connect(CONNECT_MS) != NY_OK                                       ? 5
+                                                                                             : 0;
+    double dMicros = iStep == 0 ? MicrosSince(tStart) : -static_cast<double>(iStep);
     ssize_t nWritten = write(iResultFd, &dMicros, sizeof(dMicros));
     session.Close();
     main.Close();
@@ -186,6 +224,7 @@ void BM_ConnectStorm100(benchmark::State& state) {
     }
     std::vector<double> vSlowest;
     uint32_t u4Failed = 0;
+    uint32_t au4FailedAt[6] = {};
     for (auto _ : state) {
         int aiGo[2];
         int aiResult[2];
@@ -218,6 +257,7 @@ void BM_ConnectStorm100(benchmark::State& state) {
             ++u4Answers;
             if (dMicros < 0) {
                 ++u4Failed;
+                ++au4FailedAt[static_cast<int>(-dMicros) % 6];
             } else {
                 dSlowest = std::max(dSlowest, dMicros);
             }
@@ -233,6 +273,11 @@ void BM_ConnectStorm100(benchmark::State& state) {
     state.counters["slowest_p50_us"] = vSlowest[vSlowest.size() / 2];
     state.counters["slowest_max_us"] = vSlowest.back();
     state.counters["failed_clients"] = u4Failed;
+    for (int i = 1; i < 6; ++i) {
+        if (au4FailedAt[i] != 0) {
+            state.counters["failed_at_step_" + std::to_string(i)] = au4FailedAt[i];
+        }
+    }
 }
 BENCHMARK(BM_ConnectStorm100)->Iterations(10)->Unit(benchmark::kMillisecond);
 

@@ -77,30 +77,43 @@ void CCommAnswerGuard::Answered(const BlkShmCommHeaderTag& blkAnswer) {
 
 // The client holds the channel mutex from before its request until it has read the answer, so
 // holding it here means the answer has been taken (or its client died).
+// Holding the channel mutex keeps every client from writing, so the region lock is not taken:
+// a process that keeps taking it cannot stall the heartbeat thread that runs this.
 void CCommAnswerGuard::TryWipe() {
-    if (NyMutexTryWait(m_hMutex) != NY_OK) {
+    // A look first: a failed attempt at the lock pauses for a millisecond.
+    if (MutexHeldElsewhere() || NyMutexTryWait(m_hMutex) != NY_OK) {
         return;
     }
-    // Region lock before m_mtx, in the order of the serving thread.
-    if (NyShareMemLock(m_hShm) == NY_OK) {
+    {
         std::lock_guard<std::mutex> lock(m_mtx);
-        BlkShmCommHeaderTag blkNow = {};
-        if (m_bWipePending.load() && NyShareMemRead(m_hShm, 0, &blkNow, sizeof(blkNow)) == NY_OK &&
-            memcmp(&blkNow, &m_blkAnswer, sizeof(blkNow)) == 0) {
-            std::vector<uint8_t> vZero(m_blkAnswer.u4DataLen, 0);
-            NyShareMemWrite(m_hShm, COMM_DATA_OFFSET, vZero.data(), m_blkAnswer.u4DataLen);
+        uint8_t* pu1Region = Mapped(COMM_DATA_OFFSET + m_blkAnswer.u4DataLen);
+        if (m_bWipePending.load() && pu1Region != nullptr &&
+            memcmp(pu1Region, &m_blkAnswer, sizeof(m_blkAnswer)) == 0) {
+            NyMemSafeClear(pu1Region + COMM_DATA_OFFSET, m_blkAnswer.u4DataLen);
         }
         m_bWipePending.store(false);
-        NyShareMemUnlock(m_hShm);
     }
     NyMutexRelease(m_hMutex);
 }
 
+// The closing server no longer answers anything: the data area goes, without waiting for the
+// region lock.
 void CCommAnswerGuard::WipeRegion() {
     uint32_t u4Size = 0;
-    if (NyShareMemGetSize(m_hShm, &u4Size) != NY_OK || u4Size <= COMM_DATA_OFFSET) {
-        return;
+    uint8_t* pu1Region = nullptr;
+    if (NyShareMemGetSize(m_hShm, &u4Size) == NY_OK && u4Size > COMM_DATA_OFFSET &&
+        (pu1Region = Mapped(u4Size)) != nullptr) {
+        NyMemSafeClear(pu1Region + COMM_DATA_OFFSET, u4Size - COMM_DATA_OFFSET);
     }
-    std::vector<uint8_t> vZero(u4Size - COMM_DATA_OFFSET, 0);
-    NyShareMemWrite(m_hShm, COMM_DATA_OFFSET, vZero.data(), static_cast<uint32_t>(vZero.size()));
+}
+
+uint8_t* CCommAnswerGuard::Mapped(uint32_t u4Needed) const {
+    void* pvData = nullptr;
+    uint32_t u4Size = 0;
+    if (NyShareMemGetData(m_hShm, &pvData) != NY_OK ||
+        NyShareMemGetSize(m_hShm, &u4Size) != NY_OK || u4Size < u4Needed ||
+        u4Size < COMM_DATA_OFFSET) {
+        return nullptr;
+    }
+    return static_cast<uint8_t*>(pvData);
 }

@@ -41,6 +41,8 @@ public:
 private:
     void ForgetRequest();
     bool MutexHeldElsewhere() const;
+    // The mapped region, when it holds at least u4Needed bytes; else null.
+    uint8_t* Mapped(uint32_t u4Needed) const;
 
     NY_SHM_HANDLE m_hShm;
     NY_MUTEX_HANDLE m_hMutex;

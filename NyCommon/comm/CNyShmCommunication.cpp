@@ -527,6 +527,8 @@ uint32_t CNyShmCommunication::InnerNotify(const BlkCommShmInfoTag& blkInfo,
         if (u4Result != 0) {
             return u4Result;
         }
+        // The request's client died and another one's request replaced it: that client must
+        // not get this answer, nor lose its request; the answer is dropped.
         if (blkInfo.pAnswerGuard != nullptr && !blkInfo.pAnswerGuard->StillHoldsRequest()) {
             NY_LOG(LOG_INFO, "CNyShmCommunication::InnerNotify()->request replaced, not answered");
             return 0;

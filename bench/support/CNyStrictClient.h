@@ -27,6 +27,8 @@ public:
     uint32_t Request(const void* pRequest, uint32_t u4RequestLen, void* pAnswer,
                      uint32_t u4AnswerCapacity, uint32_t* pu4AnswerLen = nullptr);
     void Close();
+    // The channel's region, for measurements that look at what it holds.
+    NY_SHM_HANDLE Region() const { return m_hShm; }
 
 private:
     uint32_t WriteRequest(const void* pRequest, uint32_t u4RequestLen);

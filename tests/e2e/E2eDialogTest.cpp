@@ -1,10 +1,9 @@
-// The verify dialog through the server: a client's request, a person's typing, the answer;
+// The verify dialog through the server: a client's request, a person's typing, the answer
+// (the synchronous request: ukey-uictl's verify in E2eUictlTest);
 // several sessions and clients that go away: one dialog on screen at a time, nothing left
 // behind, and a server that keeps serving.
 #include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <future>
 
 #include "NyE2eEnv.h"
 #include "NyUiServerProcess.h"
@@ -14,20 +13,6 @@
 // A client in a process of its own (ukey-uictl) that starts an asynchronous verify dialog.
 const std::vector<std::string> NY_VERIFY_CLIENT = {"verify", "--async", "--min",
                                                    "1",      "--max",   "16"};
-
-TEST_F(E2eTest, SynchronousRequestAnswersWithTheTypedPin) {
-    m_req.u4Mode = 0;
-    std::future<uint32_t> result =
-        std::async(std::launch::async, [&] { return m_pClient->Exchange(&m_req, &m_resp); });
-    ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
-    EnterPin("secret42");
-    ASSERT_EQ(std::future_status::ready, result.wait_for(std::chrono::seconds(30)));
-    EXPECT_EQ(NY_OK, result.get());
-    EXPECT_EQ(UI_RESULT_OK, m_resp.enRes);
-    EXPECT_EQ("secret42", NyE2ePin(m_resp));
-    EXPECT_EQ(8u, NyUiParamGetU4(&m_resp, UI_OFS_VERIFY_PIN_LEN));
-    EXPECT_TRUE(NyE2eWaitNoVerifyWindow());
-}
 
 // Pending while shown, an update answered as accepted (the dialog takes none), the PIN in the
 // final poll, then a terminate after which a poll comes back as it was sent.

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
 #include <vector>
 
 #include "support/NyTestProcess.h"
@@ -25,9 +24,11 @@ constexpr unsigned int NY_TEST_START_TIMEOUT_MS = 10000;
 pid_t SpawnGroup(std::vector<std::string> vArgs, int fdKeep = -1) {
     std::vector<char*> vArgv;
     for (std::string& str : vArgs) {
-        size_t pos = str.find("{fd}");  // "{fd}" becomes the number of fdKeep
-        vArgv.push_back(
-            &(pos == std::string::npos ? str : str.replace(pos, 4, std::to_string(fdKeep)))[0]);
+        size_t pos = str.find("{fd}");  // becomes the number of fdKeep
+        if (pos != std::string::npos) {
+            str.replace(pos, 4, std::to_string(fdKeep));
+        }
+        vArgv.push_back(&str[0]);
     }
     vArgv.push_back(nullptr);
     pid_t pid = fork();

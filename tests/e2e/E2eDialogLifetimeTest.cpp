@@ -16,12 +16,9 @@ constexpr uint64_t NY_PROMPT_MS = 2000;
 
 }  // namespace
 
-TEST(E2eDialogLifetimeTest, TerminateIsAnsweredWhileAnotherSessionsDialogStaysOpen) {
-    CE2eServer server;
-    ASSERT_TRUE(server.Started());
-    std::unique_ptr<CNyUiClient> pFirst = server.Connect(1);
-    std::unique_ptr<CNyUiClient> pSecond = server.Connect(2);
-    ASSERT_NE(nullptr, pFirst);
+TEST_F(E2eTest, TerminateIsAnsweredWhileAnotherSessionsDialogStaysOpen) {
+    CNyUiClient* pFirst = m_pClient.get();
+    std::unique_ptr<CNyUiClient> pSecond = Connect(2);
     ASSERT_NE(nullptr, pSecond);
     tagBlkUiParam req = NyE2eVerifyRequest(1, 16, UI_MODE_ASYNC);
     tagBlkUiParam resp;
@@ -41,7 +38,7 @@ TEST(E2eDialogLifetimeTest, TerminateIsAnsweredWhileAnotherSessionsDialogStaysOp
     EXPECT_TRUE(NyTestWaitUntil([] { return NyE2eVerifyWindows() == 1; }, NY_E2E_WAIT_MS));
     ASSERT_EQ(NY_OK, pSecond->SendCommand(UI_CMD_GET_STATUS, &resp));
     EXPECT_EQ(UI_RESULT_PENDING, resp.enRes);
-    NyE2eEnterPin(server.Pid(), "second");
+    EnterPin("second");
     terminate.join();
     EXPECT_TRUE(bPrompt) << "terminate answered after " << u8AnsweredMs.load() << " ms";
     ASSERT_EQ(NY_OK, pSecond->PollUntilDone(&resp, 20, NY_E2E_WAIT_MS));
@@ -49,13 +46,9 @@ TEST(E2eDialogLifetimeTest, TerminateIsAnsweredWhileAnotherSessionsDialogStaysOp
     pSecond->SendCommand(UI_CMD_TERMINATE, &resp);
 }
 
-TEST(E2eDialogLifetimeTest, KilledClientTakesItsSynchronousDialogWithIt) {
-    CE2eServer server;
-    ASSERT_TRUE(server.Started());
+TEST_F(E2eTest, KilledClientTakesItsSynchronousDialogWithIt) {
     for (int i = 0; i < 3; ++i) {
-        pid_t pidClient = NyTestSpawn({NyTestBinPath("ukey-uictl"), "verify", "--main",
-                                       server.MainName(), "--min", "1", "--max", "16"},
-                                      "/dev/null");
+        pid_t pidClient = SpawnUictl({"verify", "--min", "1", "--max", "16"});
         ASSERT_FALSE(NyE2eWaitVerifyWindow().empty());
         NyTestKillChild(pidClient);
         EXPECT_TRUE(NyE2eWaitNoVerifyWindow(NY_PROMPT_MS)) << "round " << i;

@@ -1,18 +1,17 @@
 #include "NyE2eEnv.h"
 
 #include <dirent.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 
 #include "NyUiServerProcess.h"
+#include "support/NyTestAccessible.h"
 #include "support/NyTestDisplay.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
 
 namespace {
 
-constexpr unsigned int NY_TXT_VERIFY_TITLE = 0x21007A;
 constexpr unsigned int NY_TXT_VERIFY_CAPTION = 0x21007F;
 
 class CE2eEnvironment : public testing::Environment {
@@ -57,45 +56,55 @@ std::string VerifyTitle() {
 
 }  // namespace
 
-CE2eServer::CE2eServer() {
-    m_bStarted = m_owner.StartServer(NyTestBinPath("ukey-uiserver").c_str(),
-                                     NyUiFreshMainName().c_str()) == NY_OK;
+void E2eTest::SetUp() {
+    ASSERT_EQ(NY_OK, m_owner.StartServer(NyTestBinPath("ukey-uiserver").c_str(),
+                                         NyUiFreshMainName().c_str()));
+    m_pClient = Connect(1);
+    ASSERT_NE(nullptr, m_pClient);
 }
 
-std::unique_ptr<CNyUiClient> CE2eServer::Connect(uint32_t u4InteractionId) const {
+std::unique_ptr<CNyUiClient> E2eTest::Connect(uint32_t u4InteractionId) const {
     std::unique_ptr<CNyUiClient> pClient(new CNyUiClient);
-    if (pClient->JoinServer(MainName().c_str()) != NY_OK ||
+    if (pClient->JoinServer(m_owner.MainName().c_str()) != NY_OK ||
         pClient->OpenSession(u4InteractionId) != NY_OK) {
         return nullptr;
     }
     return pClient;
 }
 
-pid_t CE2eServer::SpawnUictl(std::vector<std::string> vArgs, const std::string& strOutput) const {
+pid_t E2eTest::SpawnUictl(std::vector<std::string> vArgs, const std::string& strOutput) const {
     vArgs.insert(vArgs.begin(), NyTestBinPath("ukey-uictl"));
-    vArgs.insert(vArgs.end(), {"--main", MainName()});
+    vArgs.insert(vArgs.end(), {"--main", m_owner.MainName()});
     return NyTestSpawn(vArgs, strOutput,
                        [](pid_t pid) { return !IdContainedInAnotherLiveId(pid); });
 }
 
-std::string CE2eServer::AnswerVerify(CNyUiClient* pClient, const std::string& strPin) const {
+void E2eTest::EnterPin(const std::string& strPin) const {
+    NyE2eEnterPin(ServerPid(), strPin);
+}
+
+void NyE2eEnterPin(pid_t pidServer, const std::string& strPin) {
+    BlkTestAccessibleTag entry;
+    ASSERT_TRUE(NyTestWaitAccessible(pidServer, "password text",
+                                     NyGuiTestText(NY_TXT_VERIFY_CAPTION), NY_E2E_WAIT_MS, &entry));
+    NyTestClickAt(entry.CentreX(), entry.CentreY());
+    NyTestType(strPin);
+    NyTestKey("Return");
+}
+
+std::string E2eTest::AnswerVerify(CNyUiClient* pClient, const std::string& strPin) const {
     tagBlkUiParam req = NyE2eVerifyRequest(1, 16, UI_MODE_ASYNC);
     tagBlkUiParam resp;
     EXPECT_EQ(NY_OK, pClient->Exchange(&req, &resp));
     EXPECT_FALSE(NyE2eWaitVerifyWindow().empty());
-    NyE2eEnterPin(Pid(), strPin);
+    EnterPin(strPin);
     EXPECT_EQ(NY_OK, pClient->PollUntilDone(&resp, 20, NY_E2E_WAIT_MS));
-    std::string strAnswer = NyE2ePin(resp);
-    pClient->SendCommand(UI_CMD_TERMINATE, &resp);
-    return strAnswer;
+    pClient->SendCommand(UI_CMD_TERMINATE, &req);
+    return NyE2ePin(resp);
 }
 
-int CE2eServer::OpenFds() const {
-    return int(Entries("/proc/" + std::to_string(Pid()) + "/fd").size());
-}
-
-int CE2eServer::Threads() const {
-    return int(Entries("/proc/" + std::to_string(Pid()) + "/task").size());
+int E2eTest::ServerEntries(const char* szDir) const {
+    return int(Entries("/proc/" + std::to_string(ServerPid()) + "/" + szDir).size());
 }
 
 tagBlkUiParam NyE2eVerifyRequest(uint32_t u4Min, uint32_t u4Max, uint32_t u4Mode) {
@@ -119,13 +128,4 @@ bool NyE2eWaitNoVerifyWindow(unsigned int u4TimeoutMs) {
 
 size_t NyE2eVerifyWindows() {
     return NyTestFindWindows(VerifyTitle()).size();
-}
-
-void NyE2eEnterPin(pid_t pidServer, const std::string& strPin) {
-    BlkTestAccessibleTag entry;
-    ASSERT_TRUE(NyTestWaitAccessible(pidServer, "password text",
-                                     NyGuiTestText(NY_TXT_VERIFY_CAPTION), NY_E2E_WAIT_MS, &entry));
-    NyTestClickAt(entry.CentreX(), entry.CentreY());
-    NyTestType(strPin);
-    NyTestKey("Return");
 }

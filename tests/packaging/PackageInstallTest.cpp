@@ -88,10 +88,10 @@ TEST_F(PackageInstallTest, CExampleBuiltThroughPkgConfigGetsTheTypedPin) {
     EXPECT_EQ("PIN of 8 characters: secret42\n", ReadFile(m_strDest + "/answer.txt"));
 }
 
-TEST(NyUiClientC, JoinsARunningServerChecksItsArgumentsAndReportsAServerThatDidNotStart) {
-    CE2eServer server;
-    ASSERT_TRUE(server.Started());
-    NyUiSessionOptions options = {server.MainName().c_str(), nullptr, 7, 0};
+using NyUiClientC = E2eTest;
+
+TEST_F(NyUiClientC, JoinsARunningServerChecksItsArgumentsAndReportsAServerThatDidNotStart) {
+    NyUiSessionOptions options = {m_owner.MainName().c_str(), nullptr, 7, 0};
     NyUiSession* pSession = nullptr;
     ASSERT_EQ(NYUI_OK, NyUiSessionStart(&options, &pSession));
     NyUiPinRequest request = {6, NYUI_PIN_MAX_LEN + 1, 0};

@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
 #include <vector>
 
 #include "support/NyTestProcess.h"
@@ -25,9 +24,11 @@ constexpr unsigned int NY_TEST_START_TIMEOUT_MS = 10000;
 pid_t SpawnGroup(std::vector<std::string> vArgs, int fdKeep = -1) {
     std::vector<char*> vArgv;
     for (std::string& str : vArgs) {
-        size_t pos = str.find("{fd}");  // "{fd}" becomes the number of fdKeep
-        vArgv.push_back(
-            &(pos == std::string::npos ? str : str.replace(pos, 4, std::to_string(fdKeep)))[0]);
+        size_t pos = str.find("{fd}");  // becomes the number of fdKeep
+        if (pos != std::string::npos) {
+            str.replace(pos, 4, std::to_string(fdKeep));
+        }
+        vArgv.push_back(&str[0]);
     }
     vArgv.push_back(nullptr);
     pid_t pid = fork();
@@ -51,7 +52,7 @@ pid_t SpawnGroup(std::vector<std::string> vArgs, int fdKeep = -1) {
 // --print-address) and returns the announced line; "" on time-out or when it ended.
 std::string SpawnAndRead(const std::vector<std::string>& vArgs, pid_t* pPid) {
     int aiPipe[2];
-    if (pipe2(aiPipe, 0) != 0) {
+    if (pipe(aiPipe) != 0) {
         return "";
     }
     fcntl(aiPipe[0], F_SETFD, FD_CLOEXEC);
@@ -75,11 +76,9 @@ void EndGroup(pid_t* pPid) {
         return;
     }
     kill(-*pPid, SIGTERM);
-    if (NyTestWaitChild(*pPid, 3000) < 0) {
-        kill(-*pPid, SIGKILL);
-        NyTestWaitChild(*pPid, 3000);
-    }
+    NyTestWaitChild(*pPid, 3000);
     kill(-*pPid, SIGKILL);
+    NyTestWaitChild(*pPid, 3000);
     NyTestWaitUntil(
         [pgid = *pPid] {
             while (waitpid(-pgid, nullptr, WNOHANG) > 0) {
@@ -107,9 +106,7 @@ void CNyTestDisplay::Start(bool bWindowManager, bool bAccessibility) {
     std::string strNumber = SpawnAndRead({"Xvfb", "-displayfd", "{fd}", "-screen", "0",
                                           "1024x768x24", "-nolisten", "tcp", "-noreset"},
                                          &m_pidXvfb);
-    if (strNumber.empty()) {
-        Fail("Xvfb did not start (package xvfb)");
-    }
+    Require(!strNumber.empty(), "Xvfb did not start (package xvfb)");
     m_strName = ":" + strNumber;
     setenv("DISPLAY", m_strName.c_str(), 1);
     if (bAccessibility) {
@@ -118,40 +115,36 @@ void CNyTestDisplay::Start(bool bWindowManager, bool bAccessibility) {
     if (bWindowManager) {
         m_pidWindowManager = SpawnGroup({"openbox", "--sm-disable"});
         // The manager announces itself with _NET_SUPPORTING_WM_CHECK on the root window.
-        if (!NyTestWaitUntil(
-                [] {
-                    return Succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'");
-                },
-                NY_TEST_START_TIMEOUT_MS)) {
-            Fail("the window manager did not start (packages openbox, x11-utils)");
-        }
+        auto announced = [] {
+            return Succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q id");
+        };
+        Require(NyTestWaitUntil(announced, NY_TEST_START_TIMEOUT_MS),
+                "the window manager did not start (packages openbox, x11-utils)");
     }
 }
 
 void CNyTestDisplay::StartSessionBus() {
     std::string strAddress = SpawnAndRead(
         {"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}"}, &m_pidBus);
-    if (strAddress.empty()) {
-        Fail("the D-Bus session did not start (package dbus-x11)");
-    }
+    Require(!strAddress.empty(), "the D-Bus session did not start (package dbus-x11)");
     setenv("DBUS_SESSION_BUS_ADDRESS", strAddress.c_str(), 1);
     // GTK+ 2 exports its widgets over AT-SPI only with these modules loaded.
     setenv("GTK_MODULES", "gail:atk-bridge", 1);
     unsetenv("NO_AT_BRIDGE");
-    if (!Succeeds("ls /usr/lib/*/gtk-2.0/modules/libgail.so "
-                  "/usr/lib/*/gtk-2.0/modules/libatk-bridge.so")) {
-        Fail("GTK's accessibility modules are missing (packages libgail-common, libatk-adaptor)");
-    }
+    Require(Succeeds("ls /usr/lib/*/gtk-2.0/modules/libgail.so "
+                     "/usr/lib/*/gtk-2.0/modules/libatk-bridge.so"),
+            "GTK's accessibility modules are missing (packages libgail-common, libatk-adaptor)");
     // The accessibility bus starts on the first call for its address.
-    if (!Succeeds("dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
-                  "org.a11y.Bus.GetAddress | grep -q unix:")) {
-        Fail("the accessibility bus did not start (package at-spi2-core)");
-    }
+    Require(Succeeds("dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
+                     "org.a11y.Bus.GetAddress | grep -q unix:"),
+            "the accessibility bus did not start (package at-spi2-core)");
 }
 
-void CNyTestDisplay::Fail(const std::string& strReason) {
-    fprintf(stderr, "test display: %s; the GUI tests of this program cannot run\n",
-            strReason.c_str());
+void CNyTestDisplay::Require(bool bStarted, const char* szReason) {
+    if (bStarted) {
+        return;
+    }
+    fprintf(stderr, "test display: %s; the GUI tests of this program cannot run\n", szReason);
     fflush(stderr);
     Stop();
     _exit(1);

@@ -25,7 +25,8 @@ public:
     const std::string& Name() const { return m_strName; }  // ":<n>"
 
 private:
-    [[noreturn]] void Fail(const std::string& strReason);
+    // Ends the test program with the reason unless bStarted.
+    void Require(bool bStarted, const char* szReason);
     void StartSessionBus();
 
     std::string m_strName;

@@ -14,16 +14,6 @@ unsigned long long MonotonicMs() {
     return static_cast<unsigned long long>(ts.tv_sec) * 1000ull + ts.tv_nsec / 1000000;
 }
 
-int DecodeStatus(int iStatus) {
-    if (WIFEXITED(iStatus)) {
-        return WEXITSTATUS(iStatus);
-    }
-    if (WIFSIGNALED(iStatus)) {
-        return 128 + WTERMSIG(iStatus);
-    }
-    return -1;
-}
-
 }  // namespace
 
 pid_t NyTestForkChild(const std::function<int()>& pfn) {
@@ -77,20 +67,15 @@ pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strO
 
 int NyTestWaitChild(pid_t pid, unsigned int u4TimeoutMs) {
     unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
-    for (;;) {
-        int iStatus = 0;
-        pid_t r = waitpid(pid, &iStatus, WNOHANG);
-        if (r == pid) {
-            return DecodeStatus(iStatus);
-        }
-        if (r < 0) {
-            return -1;
-        }
-        if (MonotonicMs() >= u8End) {
-            return -1;
-        }
+    int iStatus = 0;
+    pid_t r = 0;
+    while ((r = waitpid(pid, &iStatus, WNOHANG)) == 0 && MonotonicMs() < u8End) {
         usleep(2000);
     }
+    if (r != pid) {
+        return -1;
+    }
+    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus);
 }
 
 void NyTestKillChild(pid_t pid) {
@@ -107,14 +92,11 @@ std::string NyTestBinPath(const std::string& strName) {
 }
 
 bool NyTestWaitUntil(const std::function<bool()>& pfnCondition, unsigned int u4TimeoutMs) {
-    unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
-    for (;;) {
+    for (unsigned long long u8End = MonotonicMs() + u4TimeoutMs; MonotonicMs() < u8End;) {
         if (pfnCondition()) {
             return true;
         }
-        if (MonotonicMs() >= u8End) {
-            return pfnCondition();
-        }
         usleep(5000);
     }
+    return pfnCondition();
 }

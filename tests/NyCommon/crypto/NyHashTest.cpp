@@ -94,25 +94,19 @@ TEST(HashData, RefusesWithZeroAndWritesNothing) {
     }
 }
 
-TEST(HashGetInfo, GivesDigestBlockAndStateSizeOfEveryIdentifier) {
-    const uint32_t aTable[][4] = {
-        {NY_HASH_MD5, 16, 64, 16},          {NY_HASH_SHA1, 20, 64, 20},
-        {NY_HASH_SHA256, 32, 64, 32},       {NY_HASH_SHA384, 48, 128, 64},
-        {NY_HASH_SHA512, 64, 128, 64},      {NY_HASH_SM3, 32, 64, 32},
-        {NY_HASH_MD5_SHA1, 36, 64, 36},     {NY_HASH_RIPEMD160, 20, 64, 20},
-        {NY_HASH_SHA3_224, 28, 144, 200},   {NY_HASH_SHA3_256, 32, 136, 200},
-        {NY_HASH_SHA3_384, 48, 104, 200},   {NY_HASH_SHA3_512, 64, 72, 200},
-        {NY_HASH_KECCAK_224, 28, 144, 200}, {NY_HASH_KECCAK_256, 32, 136, 200},
-        {NY_HASH_KECCAK_384, 48, 104, 200}, {NY_HASH_KECCAK_512, 64, 72, 200},
-        {NY_HASH_CUSTOM, 24, 64, 24},  // the length comes from the context
-    };
+// Sizes other code sizes its buffers by: a few families, the context-sized custom hash, refusals.
+TEST(HashGetInfo, GivesDigestBlockAndStateSize) {
+    const uint32_t aTable[][4] = {{NY_HASH_SHA384, 48, 128, 64},
+                                  {NY_HASH_MD5_SHA1, 36, 64, 36},
+                                  {NY_HASH_KECCAK_384, 48, 104, 200},
+                                  {NY_HASH_CUSTOM, 24, 64, 24}};
     for (const auto& row : aTable) {
         const BlkHashCtxTag ctx = {row[0], 24};
         uint32_t u4Block = 0, u4State = 0, u4Digest = 0, u4AlgId = 0;
         ASSERT_EQ(NyHashGetInfo(&ctx, &u4Block, &u4State, &u4Digest), NY_OK) << std::hex << row[0];
-        EXPECT_EQ(u4Digest, row[1]) << std::hex << row[0];
-        EXPECT_EQ(u4Block, row[2]) << std::hex << row[0];
-        EXPECT_EQ(u4State, row[3]) << std::hex << row[0];
+        EXPECT_EQ(std::vector<uint32_t>({u4Digest, u4Block, u4State}),
+                  std::vector<uint32_t>(row + 1, row + 4))
+            << std::hex << row[0];
         ASSERT_EQ(NyHashGetAlgId(&ctx, &u4AlgId), NY_OK);
         EXPECT_EQ(u4AlgId, row[0]);
     }

@@ -15,14 +15,14 @@ namespace {
 
 class NyEventTest : public CIpcTest {};
 
-TEST_F(NyEventTest, SecondProcessJoinsAndSharesState) {
+TEST_F(NyEventTest, SecondProcessJoinsAndSharesStateUntilTheLastHolderCloses) {
     std::string strName = NewName("ev");
     EnBool enCreated = NY_FALSE;
     NY_EVENT_HANDLE hEvent = nullptr;
     ASSERT_EQ(NY_OK, NyEventCreateEx(strName.c_str(), &enCreated, &hEvent));
     EXPECT_EQ(NY_TRUE, enCreated);
-
     CIpcSignal sigSet;
+    CIpcSignal sigParentClosed;
     pid_t pid = Fork([&] {
         EnBool enChildCreated = NY_TRUE;
         NY_EVENT_HANDLE hChild = nullptr;
@@ -31,66 +31,59 @@ TEST_F(NyEventTest, SecondProcessJoinsAndSharesState) {
         IPC_CHILD_CHECK(IpcEventHolders(strName) == 2, 3);
         IPC_CHILD_CHECK(NyEventSet(hChild) == NY_OK, 4);
         sigSet.Post();
-        IPC_CHILD_CHECK(NyEventClose(hChild) == NY_OK, 5);
-        return 0;
+        IPC_CHILD_CHECK(sigParentClosed.Await(5000), 5);
+        IPC_CHILD_CHECK(IpcEventHolders(strName) == 1, 6);
+        IPC_CHILD_CHECK(NyEventClose(hChild) == NY_OK, 7);
+        return IpcEventHolders(strName) == -1 ? 0 : 8;
     });
-    EXPECT_EQ(0, Join(pid));
-    ASSERT_TRUE(sigSet.Await(0));
-    EXPECT_EQ(NY_OK, NyEventWait(hEvent, 0));
-    EXPECT_EQ(1, IpcEventHolders(strName));
-    EXPECT_EQ(NY_OK, NyEventClose(hEvent));
-}
-
-TEST_F(NyEventTest, WaitInOneProcessWakesWhenAnotherSets) {
-    std::string strName = NewName("ev");
-    NY_EVENT_HANDLE hEvent = nullptr;
-    ASSERT_EQ(NY_OK, NyEventCreate(strName.c_str(), &hEvent));
-    pid_t pid = Fork([&] {
-        NY_EVENT_HANDLE hChild = nullptr;
-        IPC_CHILD_CHECK(NyEventOpen(strName.c_str(), &hChild) == NY_OK, 1);
-        usleep(100000);
-        IPC_CHILD_CHECK(NyEventSet(hChild) == NY_OK, 2);
-        IPC_CHILD_CHECK(NyEventClose(hChild) == NY_OK, 3);
-        return 0;
-    });
+    ASSERT_TRUE(sigSet.Await(5000));
     EXPECT_EQ(NY_OK, NyEventWait(hEvent, NY_WAIT_INFINITE));
-    EXPECT_EQ(0, Join(pid));
+    EXPECT_EQ(2, IpcEventHolders(strName));
     EXPECT_EQ(NY_OK, NyEventClose(hEvent));
+    sigParentClosed.Post();
+    EXPECT_EQ(0, Join(pid));
 }
 
-TEST_F(NyEventTest, SetTwiceThenSecondWaitTimesOut) {
+TEST_F(NyEventTest, AutoResetResetAndPrivateNamelessEvents) {
     NY_EVENT_HANDLE hEvent = nullptr;
     ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
     EXPECT_EQ(NY_OK, NyEventSet(hEvent));
     EXPECT_EQ(NY_OK, NyEventSet(hEvent));
     EXPECT_EQ(NY_OK, NyEventWait(hEvent, 0));
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
-    EXPECT_EQ(NY_OK, NyEventClose(hEvent));
-}
-
-TEST_F(NyEventTest, ResetClearsAPendingSet) {
-    NY_EVENT_HANDLE hEvent = nullptr;
-    ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
+    EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0)) << "two sets, one wake";
     EXPECT_EQ(NY_OK, NyEventSet(hEvent));
     EXPECT_EQ(NY_OK, NyEventReset(hEvent));
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
     EXPECT_EQ(NY_OK, NyEventClose(hEvent));
+
+    NY_EVENT_HANDLE hFirst = nullptr;
+    NY_EVENT_HANDLE hSecond = nullptr;
+    EnBool enCreated = NY_FALSE;
+    ASSERT_EQ(NY_OK, NyEventCreateEx("", &enCreated, &hFirst));
+    EXPECT_EQ(NY_TRUE, enCreated);
+    ASSERT_EQ(NY_OK, NyEventCreate(nullptr, &hSecond));
+    EXPECT_EQ(NY_OK, NyEventSet(hFirst));
+    EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hSecond, 0));
+    EXPECT_EQ(NY_OK, NyEventWait(hFirst, 0));
+    EXPECT_EQ(NY_OK, NyEventClose(hFirst));
+    EXPECT_EQ(NY_OK, NyEventClose(hSecond));
+
+    EXPECT_EQ(NY_ERR_CREATE_FAILED, NyEventOpen(NewName("absent").c_str(), &hEvent));
+    EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen("", &hEvent));
+    EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen(nullptr, &hEvent));
 }
 
 TEST_F(NyEventTest, TimeOutModesReturnTheirOwnCodes) {
     NY_EVENT_HANDLE hEvent = nullptr;
     ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
-
     unsigned long long u8Start = IpcNowMs();
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
     EXPECT_LT(IpcNowMs() - u8Start, 100u);
-
     u8Start = IpcNowMs();
     EXPECT_EQ(static_cast<uint32_t>(EAGAIN), NyEventWait(hEvent, 120));
     unsigned long long u8Elapsed = IpcNowMs() - u8Start;
     EXPECT_GE(u8Elapsed, 110u);
     EXPECT_LT(u8Elapsed, 1000u);
-
     std::thread thSetter([hEvent] {
         usleep(50000);
         NyEventSet(hEvent);
@@ -114,7 +107,6 @@ TEST_F(NyEventTest, StaleSetOfKilledHolderIsReplacedOnCreate) {
     ASSERT_TRUE(sigReady.Await(5000));
     NyTestKillChild(pid);
     ASSERT_EQ(0, IpcEventHolders(strName)) << "the kernel gives back a dead holder's count";
-
     NY_EVENT_HANDLE hEvent = nullptr;
     EXPECT_EQ(NY_ERR_CREATE_FAILED, NyEventOpen(strName.c_str(), &hEvent));
     EnBool enCreated = NY_FALSE;
@@ -123,51 +115,6 @@ TEST_F(NyEventTest, StaleSetOfKilledHolderIsReplacedOnCreate) {
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0)) << "the new set starts reset";
     EXPECT_EQ(1, IpcEventHolders(strName));
     EXPECT_EQ(NY_OK, NyEventClose(hEvent));
-}
-
-TEST_F(NyEventTest, SetStaysWhileAnotherProcessHoldsIt) {
-    std::string strName = NewName("ev");
-    NY_EVENT_HANDLE hEvent = nullptr;
-    ASSERT_EQ(NY_OK, NyEventCreate(strName.c_str(), &hEvent));
-    CIpcSignal sigOpened;
-    CIpcSignal sigParentClosed;
-    pid_t pid = Fork([&] {
-        NY_EVENT_HANDLE hChild = nullptr;
-        IPC_CHILD_CHECK(NyEventOpen(strName.c_str(), &hChild) == NY_OK, 1);
-        sigOpened.Post();
-        IPC_CHILD_CHECK(sigParentClosed.Await(5000), 2);
-        IPC_CHILD_CHECK(IpcEventHolders(strName) == 1, 3);
-        IPC_CHILD_CHECK(NyEventClose(hChild) == NY_OK, 4);
-        IPC_CHILD_CHECK(IpcEventHolders(strName) == -1, 5);
-        return 0;
-    });
-    ASSERT_TRUE(sigOpened.Await(5000));
-    EXPECT_EQ(2, IpcEventHolders(strName));
-    EXPECT_EQ(NY_OK, NyEventClose(hEvent));
-    sigParentClosed.Post();
-    EXPECT_EQ(0, Join(pid));
-}
-
-TEST_F(NyEventTest, OpenNeedsAnExistingNamedEvent) {
-    NY_EVENT_HANDLE hEvent = nullptr;
-    EXPECT_EQ(NY_ERR_CREATE_FAILED, NyEventOpen(NewName("absent").c_str(), &hEvent));
-    EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen("", &hEvent));
-    EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen(nullptr, &hEvent));
-    EXPECT_EQ(nullptr, hEvent);
-}
-
-TEST_F(NyEventTest, NamelessEventsArePrivate) {
-    NY_EVENT_HANDLE hFirst = nullptr;
-    NY_EVENT_HANDLE hSecond = nullptr;
-    EnBool enCreated = NY_FALSE;
-    ASSERT_EQ(NY_OK, NyEventCreateEx("", &enCreated, &hFirst));
-    EXPECT_EQ(NY_TRUE, enCreated);
-    ASSERT_EQ(NY_OK, NyEventCreate(nullptr, &hSecond));
-    EXPECT_EQ(NY_OK, NyEventSet(hFirst));
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hSecond, 0));
-    EXPECT_EQ(NY_OK, NyEventWait(hFirst, 0));
-    EXPECT_EQ(NY_OK, NyEventClose(hFirst));
-    EXPECT_EQ(NY_OK, NyEventClose(hSecond));
 }
 
 }  // namespace

@@ -45,19 +45,24 @@ TEST_F(NyFileRefTest, SecondOpenInAProcessReturnsTheSameReference) {
     EXPECT_EQ(0, IpcOpenDescriptors(strPath));
 }
 
-TEST_F(NyFileRefTest, CloseRefusesReferencesNotInTheTable) {
+TEST_F(NyFileRefTest, BadArgumentsAndLockTypesAreRefused) {
     EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(nullptr));
     BlkFileRefTag stFake;
     memset(&stFake, 0, sizeof(stFake));
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(&stFake));
-}
-
-TEST_F(NyFileRefTest, OpenWithoutLengthNeedsAFileInUse) {
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(&stFake)) << "not in the table";
     std::string strPath = NewPath();
-    EXPECT_EQ(nullptr, FileOpen(strPath.c_str(), 0, false, nullptr));
+    EXPECT_EQ(nullptr, FileOpen(strPath.c_str(), 0, false, nullptr)) << "no length, no file";
     EXPECT_FALSE(IpcPathExists(strPath));
     EXPECT_EQ(nullptr, FileOpen("", 8, false, nullptr));
     EXPECT_EQ(nullptr, FileOpen(nullptr, 8, false, nullptr));
+    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
+    ASSERT_NE(nullptr, pRef);
+    struct flock stUnlock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_UNLCK);
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, &stUnlock, 0));
+    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, nullptr, 0));
+    struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
+    EXPECT_EQ(NY_ERR_LOCK_FAILED, FileRecordLockGet(-1, &stWrite, 0));
+    EXPECT_EQ(NY_OK, FileClose(pRef));
 }
 
 TEST_F(NyFileRefTest, TakeOverWithoutZeroFillKeepsTheContents) {
@@ -127,18 +132,6 @@ TEST_F(NyFileRefTest, RecordLockTimeOutCountsAttemptsAgainstAnotherProcess) {
     NyTestKillChild(pid);
     EXPECT_EQ(NY_OK, FileRecordLockGet(pRef->iFd, &stWrite, 0));
     EXPECT_EQ(NY_OK, FileByteUnlock(pRef->iFd, NY_FILE_MUTEX_BYTE));
-    EXPECT_EQ(NY_OK, FileClose(pRef));
-}
-
-TEST_F(NyFileRefTest, RecordLockRefusesOtherLockTypes) {
-    std::string strPath = NewPath();
-    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
-    ASSERT_NE(nullptr, pRef);
-    struct flock stUnlock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_UNLCK);
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, &stUnlock, 0));
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, nullptr, 0));
-    struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
-    EXPECT_EQ(NY_ERR_LOCK_FAILED, FileRecordLockGet(-1, &stWrite, 0));
     EXPECT_EQ(NY_OK, FileClose(pRef));
 }
 

@@ -85,52 +85,40 @@ TEST_F(NyIpcAnchorTest, NameHashesTheExecutablePathAndCarriesThePid) {
     EXPECT_FALSE(GetSHDataName(szName, 8));
 }
 
-TEST_F(NyIpcAnchorTest, AnchorPublishesTheTableOfThisProcess) {
+// The anchor publishes this process's table; the last detach removes it, files still work
+// while detached, and the next start attaches again.
+TEST_F(NyIpcAnchorTest, AnchorPublishesTheTableAndLastDetachRemovesIt) {
+    for (int iRound = 0; iRound < 2; ++iRound) {
+        ASSERT_EQ(NY_OK, UnixIpcInit());
+        ASSERT_EQ(NY_OK, UnixIpcInit()) << "a second start of the same copy is no new attachment";
+        BlkIpcAnchorTag* pAnchor = MapOwnAnchor();
+        ASSERT_NE(nullptr, pAnchor);
+        EXPECT_EQ(NY_ANCHOR_TAG, pAnchor->u4Tag);
+        EXPECT_EQ(NY_ANCHOR_STATE_READY, pAnchor->u4State);
+        EXPECT_EQ(1u, pAnchor->u4RefCount);
+        EXPECT_EQ(0u, pAnchor->u4SpinLock);
+        EXPECT_EQ(static_cast<uint32_t>(getpid()), pAnchor->u4Pid);
+        EXPECT_EQ(reinterpret_cast<uintptr_t>(UnixIpcFileTable()), AnchorTable(pAnchor));
+        munmap(pAnchor, sizeof(BlkIpcAnchorTag));
+        ASSERT_EQ(NY_OK, UnixIpcDeinit());
+        EXPECT_EQ(nullptr, MapOwnAnchor());
+        NY_SHM_HANDLE hShm = nullptr;
+        ASSERT_EQ(NY_OK, NyShareMemOpen(NewName("shm").c_str(), 4, &hShm)) << "detached";
+        EXPECT_EQ(NY_OK, NyShareMemClose(hShm));
+    }
     ASSERT_EQ(NY_OK, UnixIpcInit());
-    BlkIpcAnchorTag* pAnchor = MapOwnAnchor();
-    ASSERT_NE(nullptr, pAnchor);
-    EXPECT_EQ(NY_ANCHOR_TAG, pAnchor->u4Tag);
-    EXPECT_EQ(NY_ANCHOR_STATE_READY, pAnchor->u4State);
-    EXPECT_EQ(1u, pAnchor->u4RefCount);
-    EXPECT_EQ(0u, pAnchor->u4SpinLock);
-    EXPECT_EQ(static_cast<uint32_t>(getpid()), pAnchor->u4Pid);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(UnixIpcFileTable()), AnchorTable(pAnchor));
-    munmap(pAnchor, sizeof(BlkIpcAnchorTag));
 }
-
-TEST_F(NyIpcAnchorTest, LastDetachRemovesTheAnchorAndStartAttachesAgain) {
-    ASSERT_EQ(NY_OK, UnixIpcInit());
-    ASSERT_EQ(NY_OK, UnixIpcInit()) << "a second start of the same copy is no new attachment";
-    ASSERT_EQ(NY_OK, UnixIpcDeinit());
-    EXPECT_EQ(nullptr, MapOwnAnchor());
-    NY_SHM_HANDLE hShm = nullptr;
-    std::string strName = NewName("shm");
-    ASSERT_EQ(NY_OK, NyShareMemOpen(strName.c_str(), 4, &hShm)) << "files work when detached";
-    ASSERT_EQ(NY_OK, UnixIpcInit());
-    BlkIpcAnchorTag* pAnchor = MapOwnAnchor();
-    ASSERT_NE(nullptr, pAnchor);
-    EXPECT_EQ(1u, pAnchor->u4RefCount);
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(UnixIpcFileTable()), AnchorTable(pAnchor));
-    munmap(pAnchor, sizeof(BlkIpcAnchorTag));
-    EXPECT_EQ(NY_OK, NyShareMemClose(hShm));
-}
-
-struct StaleCase {
-    const char* szWhat;
-    uint32_t u4State;
-    uint32_t u4SpinLock;
-    uintptr_t uTable;
-};
 
 TEST_F(NyIpcAnchorTest, AnchorOfAnEarlierProcessWithOurPidIsReplaced) {
-    const StaleCase aCases[] = {
-        {"ready, unmapped table", NY_ANCHOR_STATE_READY, 0, 0x1000},
-        {"ready, null table", NY_ANCHOR_STATE_READY, 0, 0},
-        {"torn down half-way", NY_ANCHOR_STATE_TEARDOWN, 0, 0x1000},
-        {"spin lock left taken", NY_ANCHOR_STATE_READY, 1, 0x1000},
-    };
-    for (const StaleCase& c : aCases) {
-        SCOPED_TRACE(c.szWhat);
+    // Ready with an unmapped or a null table, torn down half-way, spin lock left taken.
+    const struct {
+        uint32_t u4State, u4SpinLock;
+        uintptr_t uTable;
+    } aCases[] = {{NY_ANCHOR_STATE_READY, 0, 0x1000},
+                  {NY_ANCHOR_STATE_READY, 0, 0},
+                  {NY_ANCHOR_STATE_TEARDOWN, 0, 0x1000},
+                  {NY_ANCHOR_STATE_READY, 1, 0x1000}};
+    for (const auto& c : aCases) {
         // A forked child has no anchor yet; it plants the stale one under its own name.
         pid_t pid = Fork([&] {
             IPC_CHILD_CHECK(PlantAnchor(c.u4State, c.u4SpinLock, c.uTable), 1);
@@ -146,7 +134,7 @@ TEST_F(NyIpcAnchorTest, AnchorOfAnEarlierProcessWithOurPidIsReplaced) {
             IPC_CHILD_CHECK(MapOwnAnchor() == nullptr, 8);
             return 0;
         });
-        EXPECT_EQ(0, Join(pid));
+        EXPECT_EQ(0, Join(pid)) << c.u4State << " " << c.u4SpinLock << " " << c.uTable;
     }
 }
 

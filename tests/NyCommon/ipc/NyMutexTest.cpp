@@ -11,10 +11,7 @@
 #include "NyIpcTestSupport.h"
 #include "ipc/NyIpcResult.h"
 #include "ipc/NyMutex.h"
-#include "ipc/NyShareMem.h"
-#include "log/NyLogRecord.h"
 #include "runtime/NyResult.h"
-#include "support/NyTestLogCapture.h"
 #include "support/NyTestProcess.h"
 
 namespace {
@@ -79,36 +76,6 @@ INSTANTIATE_TEST_SUITE_P(NamedAndNameless, NyMutexKindTest, ::testing::Bool(),
                              return info.param ? "Named" : "Nameless";
                          });
 
-TEST_F(NyMutexTest, NamedMutexIsExclusiveAcrossProcesses) {
-    std::string strName = NewName("mtx");
-    NY_MUTEX_HANDLE hMutex = nullptr;
-    EnBool enCreated = NY_FALSE;
-    ASSERT_EQ(NY_OK, NyMutexCreateEx(strName.c_str(), &enCreated, &hMutex));
-    EXPECT_EQ(NY_TRUE, enCreated);
-    ASSERT_EQ(NY_OK, NyMutexWait(hMutex, NY_WAIT_INFINITE));
-
-    CIpcSignal sigRefused;
-    CIpcSignal sigReleased;
-    pid_t pid = Fork([&] {
-        NY_MUTEX_HANDLE hChild = nullptr;
-        EnBool enChildCreated = NY_TRUE;
-        IPC_CHILD_CHECK(NyMutexCreateEx(strName.c_str(), &enChildCreated, &hChild) == NY_OK, 1);
-        IPC_CHILD_CHECK(enChildCreated == NY_FALSE, 2);
-        IPC_CHILD_CHECK(NyMutexWait(hChild, 50) == NY_ERR_TIMEOUT, 3);
-        sigRefused.Post();
-        IPC_CHILD_CHECK(sigReleased.Await(5000), 4);
-        IPC_CHILD_CHECK(NyMutexWait(hChild, 2000) == NY_OK, 5);
-        IPC_CHILD_CHECK(NyMutexRelease(hChild) == NY_OK, 6);
-        IPC_CHILD_CHECK(NyMutexDestroy(hChild) == NY_OK, 7);
-        return 0;
-    });
-    EXPECT_TRUE(sigRefused.Await(5000));
-    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
-    sigReleased.Post();
-    EXPECT_EQ(0, Join(pid));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-}
-
 // What another program sees with plain fcntl: a share lock on byte 1 from every user, the
 // owner's exclusive lock on byte 2; and a plain lock on byte 2 keeps us out.
 TEST_F(NyMutexTest, LockBytesMatchWhatOtherProgramsSee) {
@@ -157,51 +124,7 @@ TEST_F(NyMutexTest, LockBytesMatchWhatOtherProgramsSee) {
     EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
 }
 
-TEST_F(NyMutexTest, LockFailuresOfNamedMutexesAndRegionsAreLogged) {
-    CNyTestLogCapture logCapture;
-    NY_MUTEX_HANDLE hMutex = nullptr;
-    NY_SHM_HANDLE hShm = nullptr;
-    ASSERT_EQ(NY_OK, NyMutexCreate(NewName("mtx").c_str(), &hMutex));
-    ASSERT_EQ(NY_OK, NyShareMemOpen(NewName("shm").c_str(), 4, &hShm));
-    std::thread thHolder([&] {
-        NyMutexWait(hMutex, NY_WAIT_INFINITE);
-        NyShareMemLock(hShm);
-    });
-    thHolder.join();  // the thread ended holding both; its tid stays the owner
-    logCapture.Clear();
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 0));
-    EXPECT_EQ(NY_ERR_NOT_OWNER, NyMutexRelease(hMutex));
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyShareMemLockTimeout(hShm, 0));
-    EXPECT_EQ(NY_ERR_NOT_OWNER, NyShareMemUnlock(hShm));
-    const std::vector<std::string> vExpected = {"u4Result = E060000B", "u4Result = E0600014",
-                                                "u4Result = E060000B", "u4Result = E0600014"};
-    EXPECT_EQ(vExpected, logCapture.MessagesAt(LOG_INFO));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-    EXPECT_EQ(NY_OK, NyShareMemClose(hShm));
-}
-
-TEST_F(NyMutexTest, KilledOwnersLockIsFreedByTheKernel) {
-    std::string strName = NewName("mtx");
-    NY_MUTEX_HANDLE hMutex = nullptr;
-    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hMutex));
-    CIpcSignal sigLocked;
-    pid_t pid = Fork([&] {
-        NY_MUTEX_HANDLE hChild = nullptr;
-        IPC_CHILD_CHECK(NyMutexOpen(strName.c_str(), &hChild) == NY_OK, 1);
-        IPC_CHILD_CHECK(NyMutexWait(hChild, NY_WAIT_INFINITE) == NY_OK, 2);
-        sigLocked.Post();
-        pause();
-        return 0;
-    });
-    ASSERT_TRUE(sigLocked.Await(5000));
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 20));
-    NyTestKillChild(pid);
-    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 1000));
-    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-}
-
-TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOther) {
+TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOtherUntilDestroyed) {
     std::string strName = NewName("mtx");
     NY_MUTEX_HANDLE hFirst = nullptr;
     NY_MUTEX_HANDLE hSecond = nullptr;
@@ -213,7 +136,6 @@ TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOther) {
     EXPECT_EQ(NY_ERR_TIMEOUT, WaitFromOtherThread(hSecond, 20));
     ASSERT_EQ(NY_OK, NyMutexWait(hSecond, 0)) << "the holding thread may lock both";
     EXPECT_EQ(NY_OK, NyMutexRelease(hFirst));
-    CIpcSignal sigTried;
     pid_t pid = Fork([&] {
         NY_MUTEX_HANDLE hChild = nullptr;
         IPC_CHILD_CHECK(NyMutexOpen(strName.c_str(), &hChild) == NY_OK, 1);
@@ -222,48 +144,44 @@ TEST_F(NyMutexTest, TwoHandlesOfOneNameInOneProcessExcludeEachOther) {
         return u4Result == NY_ERR_TIMEOUT ? 0 : 3;
     });
     EXPECT_EQ(0, Join(pid)) << "still held through the second handle";
-    EXPECT_EQ(NY_OK, NyMutexRelease(hSecond));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hSecond));
+    ASSERT_EQ(NY_OK, NyMutexWait(hSecond, 0));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hSecond)) << "destroyed while held twice";
+    EXPECT_EQ(NY_OK, WaitFromOtherThread(hFirst, 100));
     EXPECT_EQ(NY_OK, NyMutexDestroy(hFirst));
 }
 
-TEST_F(NyMutexTest, DestroyWhileHeldLetsOtherHandlesLock) {
-    std::string strName = NewName("mtx");
-    NY_MUTEX_HANDLE hFirst = nullptr;
-    NY_MUTEX_HANDLE hSecond = nullptr;
-    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hFirst));
-    ASSERT_EQ(NY_OK, NyMutexCreate(strName.c_str(), &hSecond));
-    ASSERT_EQ(NY_OK, NyMutexWait(hFirst, NY_WAIT_INFINITE));
-    ASSERT_EQ(NY_OK, NyMutexWait(hFirst, NY_WAIT_INFINITE));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hFirst));
-    EXPECT_EQ(NY_OK, WaitFromOtherThread(hSecond, 100));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hSecond));
-}
-
-TEST_F(NyMutexTest, OpenFindsOnlyMutexesThatALiveProcessHolds) {
+// A child joins and holds the mutex: we are kept out, the kernel frees the lock when the child
+// is killed, and its file is then abandoned: open fails, the next creator takes it over.
+TEST_F(NyMutexTest, KilledOwnersLockIsFreedAndItsFileTakenOverByTheNextCreator) {
     std::string strName = NewName("mtx");
     NY_MUTEX_HANDLE hMutex = nullptr;
     EXPECT_EQ(NY_ERR_OBJECT_ABSENT, NyMutexOpen(strName.c_str(), &hMutex));
-
-    CIpcSignal sigCreated;
-    pid_t pid = Fork([&] {
-        NY_MUTEX_HANDLE hChild = nullptr;
-        IPC_CHILD_CHECK(NyMutexCreate(strName.c_str(), &hChild) == NY_OK, 1);
-        sigCreated.Post();
-        pause();
-        return 0;
-    });
-    ASSERT_TRUE(sigCreated.Await(5000));
-    ASSERT_EQ(NY_OK, NyMutexOpen(strName.c_str(), &hMutex));
-    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
-    EXPECT_TRUE(IpcPathExists(IpcMutexPath(strName))) << "the child still uses it";
-    NyTestKillChild(pid);
-    EXPECT_EQ(NY_ERR_OBJECT_ABSENT, NyMutexOpen(strName.c_str(), &hMutex));
-
-    // The next creator takes the abandoned file over; its last close removes it.
     EnBool enCreated = NY_FALSE;
     ASSERT_EQ(NY_OK, NyMutexCreateEx(strName.c_str(), &enCreated, &hMutex));
     EXPECT_EQ(NY_TRUE, enCreated);
+    CIpcSignal sigLocked;
+    pid_t pid = Fork([&] {
+        NY_MUTEX_HANDLE hChild = nullptr;
+        EnBool enChildCreated = NY_TRUE;
+        IPC_CHILD_CHECK(NyMutexCreateEx(strName.c_str(), &enChildCreated, &hChild) == NY_OK, 1);
+        IPC_CHILD_CHECK(enChildCreated == NY_FALSE, 2);
+        IPC_CHILD_CHECK(NyMutexWait(hChild, NY_WAIT_INFINITE) == NY_OK, 3);
+        sigLocked.Post();
+        pause();
+        return 0;
+    });
+    ASSERT_TRUE(sigLocked.Await(5000));
+    EXPECT_EQ(NY_ERR_TIMEOUT, NyMutexWait(hMutex, 20));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+    EXPECT_TRUE(IpcPathExists(IpcMutexPath(strName))) << "the child still uses it";
+    ASSERT_EQ(NY_OK, NyMutexOpen(strName.c_str(), &hMutex));
+    EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
+    NyTestKillChild(pid);
+    EXPECT_EQ(NY_ERR_OBJECT_ABSENT, NyMutexOpen(strName.c_str(), &hMutex));
+    ASSERT_EQ(NY_OK, NyMutexCreateEx(strName.c_str(), &enCreated, &hMutex));
+    EXPECT_EQ(NY_TRUE, enCreated);
+    EXPECT_EQ(NY_OK, NyMutexWait(hMutex, 0)) << "the kernel freed the killed owner's lock";
+    EXPECT_EQ(NY_OK, NyMutexRelease(hMutex));
     EXPECT_EQ(NY_OK, NyMutexDestroy(hMutex));
 }
 

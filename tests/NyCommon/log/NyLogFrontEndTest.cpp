@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -29,7 +30,6 @@ TEST(NyLogFrontEnd, RecordCarriesLevelLineIdsAndEqualTimeStamps) {
     uint64_t u8Before = NyLogTimeNow();
     NyLogEx(7, "source/GUIverify.cpp", 321, "value %d of %s", 42, "x");
     uint64_t u8After = NyLogTimeNow();
-
     std::vector<tagBlkLogItem> vItems = capture.Items();
     ASSERT_EQ(vItems.size(), 1u);
     const tagBlkLogItem& blkItem = vItems[0];
@@ -46,47 +46,38 @@ TEST(NyLogFrontEnd, RecordCarriesLevelLineIdsAndEqualTimeStamps) {
     EXPECT_EQ(u8TimeCopy, u8Time);
     // Everything not written is zero: the message tail and the reserved area.
     const uint8_t* pu1Item = reinterpret_cast<const uint8_t*>(&blkItem);
-    for (size_t u = 152 + strlen(blkItem.szMessage); u < 4256; ++u) {
-        ASSERT_EQ(pu1Item[u], 0) << "offset " << u;
+    for (size_t u = 152 + strlen(blkItem.szMessage); u < sizeof(blkItem); ++u) {
+        ASSERT_EQ(pu1Item[u], u >= 4256 && u < 4264 ? pu1Item[u] : 0) << "offset " << u;
     }
-    for (size_t u = 4264; u < sizeof(blkItem); ++u) {
-        ASSERT_EQ(pu1Item[u], 0) << "offset " << u;
-    }
+    // Time stamps count hundred nanoseconds since 1601.
+    const uint64_t u8Epoch = 0x019DB1DED53E8000ULL;
+    EXPECT_EQ(NyLogTimeFromUnix(0, 1), u8Epoch + 10);
+    EXPECT_EQ(NyLogTimeFromUnix(1, 0), u8Epoch + 10000000);
+    EXPECT_EQ(NyLogTimeFromUnix(1700000000, 999999), 133444736009999990ULL);
 }
 
-TEST(NyLogFrontEnd, TimeStampCountsHundredNanosecondsSince1601) {
-    struct {
-        uint64_t u8Seconds;
-        uint64_t u8Micro;
-        uint64_t u8Expected;
-    } aCases[] = {
-        {0, 0, 0x019DB1DED53E8000ULL},
-        {0, 1, 0x019DB1DED53E8000ULL + 10},
-        {1, 0, 0x019DB1DED53E8000ULL + 10000000},
-        {946684800, 0, 125911584000000000ULL},  // 2000-01-01T00:00:00Z
-        {1700000000, 999999, 133444736009999990ULL},
-    };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(NyLogTimeFromUnix(c.u8Seconds, c.u8Micro), c.u8Expected) << c.u8Seconds;
-    }
-}
-
-TEST(NyLogFrontEnd, SourcePathKeepsItsLast127Characters) {
-    struct {
-        size_t cchSource;
-        size_t cchStored;
-    } aCases[] = {{0, 0}, {1, 1}, {127, 127}, {128, 127}, {200, 127}, {5000, 127}};
-    for (const auto& c : aCases) {
+TEST(NyLogFrontEnd, SourceKeepsItsLast127AndMessageItsFirst4096Characters) {
+    for (size_t cchSource : {0u, 127u, 128u, 5000u}) {
         std::string strSource;
-        for (size_t i = 0; i < c.cchSource; ++i) {
+        for (size_t i = 0; i < cchSource; ++i) {
             strSource += static_cast<char>('a' + i % 26);
         }
         CNyTestLogCapture capture;
         NyLogEx(LOG_INFO, strSource.c_str(), 1, "m");
+        ASSERT_EQ(capture.Items().size(), 1u) << cchSource;
+        EXPECT_EQ(std::string(capture.Items()[0].szSource),
+                  strSource.substr(cchSource - std::min<size_t>(cchSource, 127)));
+    }
+    for (size_t cch : {4096u, 4097u}) {
+        std::string strLong(cch, 'm');
+        strLong[0] = 'S';
+        CNyTestLogCapture capture;
+        NyLogEx(LOG_INFO, "f.cpp", 9, "%s", strLong.c_str());
         std::vector<tagBlkLogItem> vItems = capture.Items();
-        ASSERT_EQ(vItems.size(), 1u) << c.cchSource;
-        EXPECT_EQ(std::string(vItems[0].szSource), strSource.substr(c.cchSource - c.cchStored))
-            << c.cchSource;
+        ASSERT_FALSE(vItems.empty());
+        EXPECT_EQ(std::string(vItems.back().szMessage), strLong.substr(0, 4096)) << cch;
+        // A cut message is preceded by the formatter's own error report.
+        EXPECT_EQ(vItems.size(), cch > 4096 ? 2u : 1u) << cch;
     }
     CNyTestLogCapture capture;
     NyLogEx(LOG_INFO, nullptr, 1, "no source");
@@ -94,33 +85,18 @@ TEST(NyLogFrontEnd, SourcePathKeepsItsLast127Characters) {
     EXPECT_STREQ(capture.Items()[0].szSource, "");
 }
 
-TEST(NyLogFrontEnd, MessageIsCutAtItsFirst4096Characters) {
-    for (size_t cch : {4095u, 4096u, 4097u, 6000u}) {
-        std::string strLong(cch, 'm');
-        strLong[0] = 'S';
+TEST(NyLogFrontEnd, NothingIsLoggedWithoutFormatDataOrLogger) {
+    {
         CNyTestLogCapture capture;
-        NyLogEx(LOG_INFO, "f.cpp", 9, "%s", strLong.c_str());
-        std::vector<tagBlkLogItem> vItems = capture.Items();
-        ASSERT_FALSE(vItems.empty());
-        const tagBlkLogItem& blkLast = vItems.back();
-        EXPECT_EQ(blkLast.u4Level, LOG_INFO);
-        EXPECT_EQ(std::string(blkLast.szMessage), strLong.substr(0, 4096)) << cch;
-        // A cut message is preceded by the formatter's own error report.
-        EXPECT_EQ(vItems.size(), cch > 4096 ? 2u : 1u) << cch;
+        const char* szNoFormat = nullptr;
+        NyLogEx(LOG_ERROR, "f.cpp", 1, szNoFormat, 1, 2, "three");
+        NyLogExW(LOG_ERROR, "f.cpp", 1, nullptr, 1, 2);
+        NyLogByteArrayEx(LOG_ERROR, "f.cpp", 1, nullptr, 16);
+        EXPECT_TRUE(capture.Items().empty());
     }
-}
-
-TEST(NyLogFrontEnd, NullFormatOrNullDataLogsNothing) {
-    CNyTestLogCapture capture;
-    const char* szNoFormat = nullptr;
-    NyLogEx(LOG_ERROR, "f.cpp", 1, szNoFormat, 1, 2, "three");
-    NyLogExW(LOG_ERROR, "f.cpp", 1, nullptr, 1, 2);
-    NyLogByteArrayEx(LOG_ERROR, "f.cpp", 1, nullptr, 16);
-    EXPECT_TRUE(capture.Items().empty());
-}
-
-TEST(NyLogFrontEnd, CallsWithoutLoggerAreIgnored) {
     CNyTestLogCapture capture(false);
+    tagBlkLogParam blkOff = {};
+    EXPECT_EQ(NyLogSetParam(&blkOff), NY_ERR_NOT_INITIALISED);
     NyLogEx(LOG_INFO, "f.cpp", 1, "before init");
     NyLogInit();
     NyLogEx(LOG_INFO, "f.cpp", 2, "while running");
@@ -142,7 +118,6 @@ TEST(NyLogFrontEnd, HexDumpIsSplitIntoChunksOf2048Bytes) {
     EXPECT_EQ(std::string(vItems[0].szMessage), HexOf(vData, 0, 2048));
     EXPECT_EQ(std::string(vItems[1].szMessage), HexOf(vData, 2048, 4096));
     EXPECT_EQ(std::string(vItems[2].szMessage), HexOf(vData, 4096, 5000));
-    EXPECT_EQ(strlen(vItems[2].szMessage), 1808u);
     for (const tagBlkLogItem& blkItem : vItems) {
         EXPECT_EQ(blkItem.u4Level, LOG_TRACE);
         EXPECT_EQ(blkItem.u4Line, 77u);
@@ -154,49 +129,39 @@ TEST(NyLogFrontEnd, HexDumpIsSplitIntoChunksOf2048Bytes) {
     EXPECT_EQ(capture.Messages(), (std::vector<std::string>{HexOf(vData, 0, 2048), ""}));
 }
 
-TEST(NyLogFrontEnd, WideMessageIsLoggedInGb18030) {
+// Wide messages are logged in GB18030; one that cannot be converted is dropped, leaving only
+// the converter's own result-code record.
+TEST(NyLogFrontEnd, WideMessagesAreConvertedOrDropped) {
     CNyTestLogCapture capture;
     NyLogExW(LOG_INFO, "f.cpp", 5, L"\u4E2D\u6587 %d %ls", 12, L"ok");
     EXPECT_EQ(capture.Messages(), std::vector<std::string>{"\xD6\xD0\xCE\xC4 12 ok"});
-}
-
-TEST(NyLogFrontEnd, WideMessageThatCannotBeConvertedIsDropped) {
+    capture.Clear();
     const wchar_t szBad[] = {L'l', L'o', L's', L't', static_cast<wchar_t>(0xD800), 0};
-    CNyTestLogCapture capture;
     NyLogExW(LOG_ERROR, "f.cpp", 5, szBad);
-    // Only the converter's own result-code record remains.
     EXPECT_TRUE(capture.MessagesAt(LOG_ERROR).empty());
     EXPECT_EQ(capture.MessagesAt(LOG_INFO), std::vector<std::string>{"u4Result = E0600003"});
 }
 
-TEST(NyLogFrontEnd, SetParamCodes) {
-    tagBlkLogParam blkOff = {};
-    {
-        CNyTestLogCapture capture(false);
-        EXPECT_EQ(NyLogSetParam(&blkOff), NY_ERR_NOT_INITIALISED);
-    }
+TEST(NyLogFrontEnd, SetParamCodesAndTheResultMacro) {
     CNyTestLogCapture capture;
+    tagBlkLogParam blkOff = {};
     EXPECT_EQ(NyLogSetParam(nullptr), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(NyLogSetParam(&blkOff), NY_OK);  // the current parameter: a no-op
-
     tagBlkLogParam blkOffWithPath = {};
     strcpy(blkOffWithPath.szPath, "/tmp/unused");
     EXPECT_EQ(NyLogSetParam(&blkOffWithPath), NY_OK);  // any other mode: logging off
-
     tagBlkLogParam blkFile = {NY_LOG_MODE_FILE, {0}};
     EXPECT_EQ(NyLogSetParam(&blkFile), NY_ERR_INVALID_ARGUMENT);  // this back end cannot start
-    NY_LOG(LOG_INFO, "still logging");
-    EXPECT_EQ(capture.Messages(), std::vector<std::string>{"still logging"});
-}
-
-TEST(NyLogFrontEnd, ResultMacroLogsTheCodeAtLevel2WithThisFile) {
-    CNyTestLogCapture capture;
     unsigned int u4Line = __LINE__ + 1;
     NY_LOG_RESULT(0xE0600005);
     std::vector<tagBlkLogItem> vItems = capture.Items();
-    ASSERT_EQ(vItems.size(), 1u);
+    ASSERT_EQ(vItems.size(), 1u) << "still logging";
     EXPECT_EQ(vItems[0].u4Level, LOG_INFO);
     EXPECT_STREQ(vItems[0].szMessage, "u4Result = E0600005");
-    EXPECT_STREQ(vItems[0].szSource, "tests/NyCommon/log/NyLogFrontEndTest.cpp");
+    // Relative to the project (a compiler cache may put "../" in front).
+    const std::string strSource = vItems[0].szSource;
+    EXPECT_NE(strSource[0], '/');
+    EXPECT_EQ(strSource.substr(strSource.find("tests/")),
+              "tests/NyCommon/log/NyLogFrontEndTest.cpp");
     EXPECT_EQ(vItems[0].u4Line, u4Line);
 }

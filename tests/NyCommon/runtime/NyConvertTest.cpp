@@ -13,8 +13,7 @@ TEST(NyConvert, Hex2AscWritesUpperCaseDigitsAndNul) {
         std::vector<uint8_t> vData;
         const char* szHex;
     } aCases[] = {{{}, ""},
-                  {{0x00}, "00"},
-                  {{0xFF, 0x0A, 0xB1, 0x5C}, "FF0AB15C"},
+                  {{0x00, 0xFF, 0x0A, 0xB1, 0x5C}, "00FF0AB15C"},
                   {{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}, "0123456789ABCDEF"}};
     for (const auto& c : aCases) {
         std::vector<char> vOut(2 * c.vData.size() + 2, '#');
@@ -24,11 +23,10 @@ TEST(NyConvert, Hex2AscWritesUpperCaseDigitsAndNul) {
     }
 }
 
-TEST(NyConvert, WideToMultiByteByCodePage) {
-    const wchar_t* szWide = L"A\u4E2D";  // 'A' and the CJK character for "middle"
-    struct {
+TEST(NyConvert, WideAndMultiByteByCodePageBothWays) {
+    const struct {
         uint32_t u4CodePage;
-        std::string strExpected;
+        std::string strMulti;
     } aCases[] = {{NY_CP_UTF8_DEFAULT, "A\xE4\xB8\xAD"},
                   {NY_CP_UTF8, "A\xE4\xB8\xAD"},
                   {NY_CP_GB18030, "A\xD6\xD0"},
@@ -37,28 +35,28 @@ TEST(NyConvert, WideToMultiByteByCodePage) {
         char szOut[16];
         memset(szOut, '#', sizeof(szOut));
         uint32_t u4Len = sizeof(szOut);
-        EXPECT_EQ(NyWideCharToMultiByte(szWide, c.u4CodePage, szOut, &u4Len), NY_OK);
-        EXPECT_EQ(std::string(szOut), c.strExpected) << c.u4CodePage;
-        EXPECT_EQ(u4Len, c.strExpected.size() + 1) << c.u4CodePage;
-    }
-}
-
-TEST(NyConvert, MultiByteToWideByCodePage) {
-    struct {
-        uint32_t u4CodePage;
-        const char* szMulti;
-    } aCases[] = {{NY_CP_UTF8_DEFAULT, "A\xE4\xB8\xAD"},
-                  {NY_CP_UTF8, "A\xE4\xB8\xAD"},
-                  {NY_CP_GB18030, "A\xD6\xD0"},
-                  {NY_CP_BIG5, "A\xA4\xA4"}};
-    for (const auto& c : aCases) {
-        wchar_t szOut[8];
-        wmemset(szOut, L'#', 8);
-        uint32_t u4Len = 8;
-        EXPECT_EQ(NyMultiByteToWideChar(c.szMulti, c.u4CodePage, szOut, &u4Len), NY_OK);
-        EXPECT_EQ(std::wstring(szOut), std::wstring(L"A\u4E2D")) << c.u4CodePage;
+        EXPECT_EQ(NyWideCharToMultiByte(L"A\u4E2D", c.u4CodePage, szOut, &u4Len), NY_OK);
+        EXPECT_EQ(std::string(szOut), c.strMulti) << c.u4CodePage;
+        EXPECT_EQ(u4Len, c.strMulti.size() + 1) << c.u4CodePage;
+        wchar_t szWide[8];
+        wmemset(szWide, L'#', 8);
+        u4Len = 8;
+        EXPECT_EQ(NyMultiByteToWideChar(c.strMulti.c_str(), c.u4CodePage, szWide, &u4Len), NY_OK);
+        EXPECT_EQ(std::wstring(szWide), std::wstring(L"A\u4E2D")) << c.u4CodePage;
         EXPECT_EQ(u4Len, 3u) << c.u4CodePage;
     }
+    std::wstring strWide;  // a long text converts whole
+    for (int i = 0; i < 3000; ++i) {
+        strWide += (i % 2) ? L'\u6587' : L'x';
+    }
+    std::vector<char> vOut(3 * 3000 + 1);
+    uint32_t u4Len = static_cast<uint32_t>(vOut.size());
+    ASSERT_EQ(NyWideCharToMultiByte(strWide.c_str(), NY_CP_GB18030, vOut.data(), &u4Len), NY_OK);
+    EXPECT_EQ(u4Len, 1500u * 2 + 1500u + 1);
+    std::vector<wchar_t> vBack(3001);
+    uint32_t u4Back = 3001;
+    ASSERT_EQ(NyMultiByteToWideChar(vOut.data(), NY_CP_GB18030, vBack.data(), &u4Back), NY_OK);
+    EXPECT_EQ(std::wstring(vBack.data()), strWide);
 }
 
 TEST(NyConvert, SizeQueryAndTooSmallBufferReportTheNeededSize) {
@@ -88,49 +86,27 @@ TEST(NyConvert, SizeQueryAndTooSmallBufferReportTheNeededSize) {
     EXPECT_EQ(u4Len, 4u);
 }
 
-TEST(NyConvert, LongTextConvertsWhole) {
-    std::wstring strWide;
-    for (int i = 0; i < 3000; ++i) {
-        strWide += (i % 2) ? L'\u6587' : L'x';
-    }
-    std::vector<char> vOut(3 * 3000 + 1);
-    uint32_t u4Len = static_cast<uint32_t>(vOut.size());
-    ASSERT_EQ(NyWideCharToMultiByte(strWide.c_str(), NY_CP_GB18030, vOut.data(), &u4Len), NY_OK);
-    EXPECT_EQ(u4Len, 1500u * 2 + 1500u + 1);
-    std::vector<wchar_t> vBack(3001);
-    uint32_t u4Back = 3001;
-    ASSERT_EQ(NyMultiByteToWideChar(vOut.data(), NY_CP_GB18030, vBack.data(), &u4Back), NY_OK);
-    EXPECT_EQ(std::wstring(vBack.data()), strWide);
-}
-
 TEST(NyConvert, BadInputIsRefusedWithItsCodeAndLogged) {
     CNyTestLogCapture capture;
     uint32_t u4Len = 16;
     char szOut[16];
     wchar_t szWideOut[16];
     const wchar_t szSurrogate[] = {L'a', static_cast<wchar_t>(0xD800), 0};
+    const uint32_t I = NY_ERR_INVALID_ARGUMENT;
+    const uint32_t B = NY_ERR_BAD_ARGUMENT;
+    // Unknown code pages both ways, null texts or length, bad or cut UTF-8, a lone surrogate.
     struct {
         const char* szName;
         uint32_t u4Got;
         uint32_t u4Expected;
-    } aCases[] = {
-        {"unknown code page", NyWideCharToMultiByte(L"a", 936, szOut, &u4Len),
-         NY_ERR_INVALID_ARGUMENT},
-        {"unknown code page back", NyMultiByteToWideChar("a", 1252, szWideOut, &u4Len),
-         NY_ERR_INVALID_ARGUMENT},
-        {"null wide", NyWideCharToMultiByte(nullptr, NY_CP_UTF8, szOut, &u4Len),
-         NY_ERR_BAD_ARGUMENT},
-        {"null length", NyWideCharToMultiByte(L"a", NY_CP_UTF8, szOut, nullptr),
-         NY_ERR_BAD_ARGUMENT},
-        {"null multi", NyMultiByteToWideChar(nullptr, NY_CP_UTF8, szWideOut, &u4Len),
-         NY_ERR_BAD_ARGUMENT},
-        {"bad UTF-8", NyMultiByteToWideChar("a\xFF", NY_CP_UTF8, szWideOut, &u4Len),
-         NY_ERR_BAD_ARGUMENT},
-        {"cut UTF-8", NyMultiByteToWideChar("a\xE4\xB8", NY_CP_UTF8, szWideOut, &u4Len),
-         NY_ERR_BAD_ARGUMENT},
-        {"surrogate", NyWideCharToMultiByte(szSurrogate, NY_CP_UTF8, szOut, &u4Len),
-         NY_ERR_BAD_ARGUMENT},
-    };
+    } aCases[] = {{"936", NyWideCharToMultiByte(L"a", 936, szOut, &u4Len), I},
+                  {"1252", NyMultiByteToWideChar("a", 1252, szWideOut, &u4Len), I},
+                  {"wide", NyWideCharToMultiByte(nullptr, NY_CP_UTF8, szOut, &u4Len), B},
+                  {"length", NyWideCharToMultiByte(L"a", NY_CP_UTF8, szOut, nullptr), B},
+                  {"multi", NyMultiByteToWideChar(nullptr, NY_CP_UTF8, szWideOut, &u4Len), B},
+                  {"bad", NyMultiByteToWideChar("a\xFF", NY_CP_UTF8, szWideOut, &u4Len), B},
+                  {"cut", NyMultiByteToWideChar("a\xE4\xB8", NY_CP_UTF8, szWideOut, &u4Len), B},
+                  {"surrogate", NyWideCharToMultiByte(szSurrogate, NY_CP_UTF8, szOut, &u4Len), B}};
     std::vector<std::string> vExpected;
     for (const auto& c : aCases) {
         EXPECT_EQ(c.u4Got, c.u4Expected) << c.szName;

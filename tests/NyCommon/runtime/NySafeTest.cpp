@@ -39,83 +39,39 @@ std::vector<std::string> Expected(const char* szRoutine, const char* szReason) {
     return {std::string(szRoutine) + " failed due to " + szReason};
 }
 
-struct BlkCopyCaseTag {
+// One row of a copy or cat table: the destination holds szInitial (nullptr: no NUL within its
+// capacity) before szSrc is copied or appended.
+struct BlkStrCaseTag {
     size_t cchDest;
+    const char* szInitial;
     const char* szSrc;
     const char* szExpected;
     bool bResult;
     const char* szReason;
 };
 
-const BlkCopyCaseTag g_aCopyCases[] = {
-    {8, "0123456789", "0123456", false, "srclen > (cchDest-1)"},
-    {8, "0123456", "0123456", true, NO_REPORT},
-    {8, "01234567", "0123456", false, "srclen > (cchDest-1)"},
-    {8, "", "", true, NO_REPORT},
-    {1, "", "", true, NO_REPORT},
-    {1, "a", "", false, "srclen > (cchDest-1)"},
-};
-
-template <typename T>
-void RunCopyCases(bool (*pfnCopy)(T*, size_t, const T*), const char* szRoutine,
-                  std::basic_string<T> (*pfnText)(const std::string&)) {
-    for (const BlkCopyCaseTag& c : g_aCopyCases) {
-        std::vector<T> vDest(c.cchDest + 4, T('#'));
-        std::basic_string<T> strSrc = pfnText(c.szSrc);
-        bool bResult = true;
-        std::vector<std::string> vReports =
-            ReportsOf([&] { bResult = pfnCopy(vDest.data(), c.cchDest, strSrc.c_str()); });
-        EXPECT_EQ(bResult, c.bResult) << szRoutine << " " << c.szSrc;
-        EXPECT_EQ(std::basic_string<T>(vDest.data()), pfnText(c.szExpected)) << c.szSrc;
-        EXPECT_EQ(vReports, Expected(szRoutine, c.szReason)) << c.szSrc;
-        for (size_t i = c.cchDest; i < vDest.size(); ++i) {
-            ASSERT_EQ(vDest[i], T('#')) << szRoutine << " wrote past its capacity";
-        }
-    }
-}
-
-template <typename T>
-void RunInvalidCopyCases(bool (*pfnCopy)(T*, size_t, const T*), const char* szRoutine) {
-    T szDest[4] = {T('#'), T('#'), T('#'), 0};
-    const T szSrc[] = {T('a'), 0};
-    struct {
-        T* pDest;
-        size_t cchDest;
-        const T* pSrc;
-    } aCases[] = {{nullptr, 4, szSrc}, {szDest, 4, nullptr}, {szDest, 0, szSrc}};
-    for (const auto& c : aCases) {
-        bool bResult = true;
-        std::vector<std::string> vReports =
-            ReportsOf([&] { bResult = pfnCopy(c.pDest, c.cchDest, c.pSrc); });
-        EXPECT_FALSE(bResult) << szRoutine;
-        EXPECT_EQ(vReports, Expected(szRoutine, "paramters are invalid"));
-        EXPECT_EQ(szDest[0], T('#')) << szRoutine << " wrote despite invalid parameters";
-    }
-}
-
-struct BlkCatCaseTag {
-    size_t cchDest;
-    const char* szInitial;  // nullptr: the destination holds no NUL within its capacity
-    const char* szSrc;
-    const char* szExpected;
-    bool bResult;
-    const char* szReason;
-};
-
-const BlkCatCaseTag g_aCatCases[] = {
+const char* const CUT_COPY = "srclen > (cchDest-1)";
+const char* const CUT_CAT = "srclen > (cchDest - dstlen - 1)";
+const BlkStrCaseTag g_aCopyCases[] = {{8, nullptr, "0123456789", "0123456", false, CUT_COPY},
+                                      {8, nullptr, "0123456", "0123456", true, NO_REPORT},
+                                      {8, nullptr, "01234567", "0123456", false, CUT_COPY},
+                                      {8, nullptr, "", "", true, NO_REPORT},
+                                      {1, nullptr, "", "", true, NO_REPORT},
+                                      {1, nullptr, "a", "", false, CUT_COPY}};
+const BlkStrCaseTag g_aCatCases[] = {
     {8, "abc", "de", "abcde", true, NO_REPORT},
     {8, "abc", "defg", "abcdefg", true, NO_REPORT},
-    {8, "abc", "defgh", "abcdefg", false, "srclen > (cchDest - dstlen - 1)"},
-    {8, "abcdefg", "x", "abcdefg", false, "srclen > (cchDest - dstlen - 1)"},
-    {8, "", "0123456789", "0123456", false, "srclen > (cchDest - dstlen - 1)"},
+    {8, "abc", "defgh", "abcdefg", false, CUT_CAT},
+    {8, "abcdefg", "x", "abcdefg", false, CUT_CAT},
+    {8, "", "0123456789", "0123456", false, CUT_CAT},
     {8, nullptr, "y", "########", false, "cchDest <= dstlen"},
-    {8, nullptr, "", "########", true, NO_REPORT},  // empty source: done before any check
-};
+    {8, nullptr, "", "########", true, NO_REPORT}};  // empty source: done before any check
 
-template <typename T>
-void RunCatCases(bool (*pfnCat)(T*, size_t, const T*), const char* szRoutine,
-                 std::basic_string<T> (*pfnText)(const std::string&)) {
-    for (const BlkCatCaseTag& c : g_aCatCases) {
+template <typename T, size_t N>
+void RunCases(bool (*pfn)(T*, size_t, const T*), const char* szRoutine,
+              std::basic_string<T> (*pfnText)(const std::string&),
+              const BlkStrCaseTag (&aCases)[N]) {
+    for (const BlkStrCaseTag& c : aCases) {
         std::vector<T> vDest(c.cchDest + 4, T('#'));
         vDest.back() = 0;  // lets the test read an unterminated destination as text
         if (c.szInitial != nullptr) {
@@ -126,7 +82,7 @@ void RunCatCases(bool (*pfnCat)(T*, size_t, const T*), const char* szRoutine,
         std::basic_string<T> strSrc = pfnText(c.szSrc);
         bool bResult = !c.bResult;
         std::vector<std::string> vReports =
-            ReportsOf([&] { bResult = pfnCat(vDest.data(), c.cchDest, strSrc.c_str()); });
+            ReportsOf([&] { bResult = pfn(vDest.data(), c.cchDest, strSrc.c_str()); });
         EXPECT_EQ(bResult, c.bResult) << szRoutine << " " << c.szSrc;
         EXPECT_EQ(std::basic_string<T>(vDest.data(), c.cchDest).c_str(), pfnText(c.szExpected))
             << szRoutine << " " << c.szSrc;
@@ -135,28 +91,28 @@ void RunCatCases(bool (*pfnCat)(T*, size_t, const T*), const char* szRoutine,
             ASSERT_EQ(vDest[i], T('#')) << szRoutine << " wrote past its capacity";
         }
     }
+    T szDest[4] = {T('#'), T('#'), T('#'), 0};  // invalid parameters: refused, nothing written
+    const T szSrc[] = {T('a'), 0};
+    for (int i = 0; i < 3; ++i) {
+        bool bResult = true;
+        std::vector<std::string> vReports = ReportsOf([&] {
+            bResult = pfn(i == 0 ? nullptr : szDest, i == 2 ? 0 : 4, i == 1 ? nullptr : szSrc);
+        });
+        EXPECT_FALSE(bResult) << szRoutine;
+        EXPECT_EQ(vReports, Expected(szRoutine, "paramters are invalid"));
+        EXPECT_EQ(szDest[0], T('#')) << szRoutine << " wrote despite invalid parameters";
+    }
 }
 
 }  // namespace
 
-TEST(NySafeStrings, CopyCutsAtCapacityAndReports) {
-    RunCopyCases<char>(NyStrCopy, "NyStrCopy", [](const std::string& s) { return s; });
-    RunCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy", Wide);
-}
-
-TEST(NySafeStrings, CopyRejectsInvalidParameters) {
-    RunInvalidCopyCases<char>(NyStrCopy, "NyStrCopy");
-    RunInvalidCopyCases<wchar_t>(NyWcsCopy, "NyWcsCopy");
-}
-
-TEST(NySafeStrings, CatAppendsWhatFitsAndReports) {
-    RunCatCases<char>(NyStrCat, "NyStrCat", [](const std::string& s) { return s; });
-    RunCatCases<wchar_t>(NyWcsCat, "NyWcsCat", Wide);
-}
-
-TEST(NySafeStrings, CatRejectsInvalidParameters) {
-    RunInvalidCopyCases<char>(NyStrCat, "NyStrCat");
-    RunInvalidCopyCases<wchar_t>(NyWcsCat, "NyWcsCat");
+TEST(NySafeStrings, CopyAndCatCutAtCapacityReportAndRejectInvalidParameters) {
+    RunCases<char>(
+        NyStrCopy, "NyStrCopy", [](const std::string& s) { return s; }, g_aCopyCases);
+    RunCases<wchar_t>(NyWcsCopy, "NyWcsCopy", Wide, g_aCopyCases);
+    RunCases<char>(
+        NyStrCat, "NyStrCat", [](const std::string& s) { return s; }, g_aCatCases);
+    RunCases<wchar_t>(NyWcsCat, "NyWcsCat", Wide, g_aCatCases);
 }
 
 TEST(NySafeStrings, PrintfOutputOfCapacityMinusOneFitsOneMoreIsCut) {
@@ -188,20 +144,17 @@ TEST(NySafeStrings, PrintfOutputOfCapacityMinusOneFitsOneMoreIsCut) {
     }
 }
 
-TEST(NySafeStrings, NarrowPrintfCutReportCarriesNoReadableRoutineName) {
-    char szDest[4];
-    std::vector<std::string> vReports = ReportsOf([&] { NyStrPrintf(szDest, 4, "%d", 12345); });
-    ASSERT_EQ(vReports.size(), 1u);
-    const std::string strTail = " failed due to buffer may be too small";
-    const std::string& strReport = vReports[0];
-    ASSERT_GE(strReport.size(), strTail.size());
-    EXPECT_EQ(strReport.substr(strReport.size() - strTail.size()), strTail);
-    EXPECT_NE(strReport.rfind("NyStr", 0), 0u) << strReport;
-}
-
-TEST(NySafeStrings, PrintfRejectsInvalidParameters) {
+TEST(NySafeStrings, PrintfReportsCutsAndRejectsInvalidParameters) {
     char szDest[4] = "ab";
     const char* szNoFormat = nullptr;
+    // The narrow cut report carries no readable routine name.
+    std::vector<std::string> vReports = ReportsOf([&] { NyStrPrintf(szDest, 3, "%d", 12345); });
+    ASSERT_EQ(vReports.size(), 1u);
+    const std::string strTail = " failed due to buffer may be too small";
+    ASSERT_GE(vReports[0].size(), strTail.size());
+    EXPECT_EQ(vReports[0].substr(vReports[0].size() - strTail.size()), strTail);
+    EXPECT_NE(vReports[0].rfind("NyStr", 0), 0u) << vReports[0];
+    strcpy(szDest, "ab");
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(nullptr, 4, "x")); }),
               Expected("NyStrVPrintf", "paramters are invalid"));
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyStrPrintf(szDest, 0, "x")); }),
@@ -257,7 +210,7 @@ TEST(NySafeMemory, MemCpyResultsAndClearing) {
     }
 }
 
-TEST(NySafeMemory, MemMoveLeavesDestinationUntouchedOnViolation) {
+TEST(NySafeMemory, MemMoveHandlesOverlapAndLeavesDestinationUntouchedOnViolation) {
     const char* szReason = "NULL == pvDest || NULL == pvSrc || cchDest < cchCount";
     char szDest[8] = "abcdefg";
     EXPECT_EQ(ReportsOf([&] { EXPECT_FALSE(NyMemMove(szDest, 4, "0123456", 5)); }),
@@ -269,9 +222,8 @@ TEST(NySafeMemory, MemMoveLeavesDestinationUntouchedOnViolation) {
     EXPECT_STREQ(szDest, "abcdefg");
     EXPECT_EQ(ReportsOf([&] { EXPECT_TRUE(NyMemMove(nullptr, 0, nullptr, 0)); }),
               std::vector<std::string>{});
-}
+    // Overlapping ranges are copied as if through a temporary.
 
-TEST(NySafeMemory, OverlappingRangesAreCopiedAsIfThroughATemporary) {
     char szForward[] = "0123456789";
     EXPECT_TRUE(NyMemMove(szForward + 2, 8, szForward, 6));
     EXPECT_STREQ(szForward, "0101234589");

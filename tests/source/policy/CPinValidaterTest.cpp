@@ -34,73 +34,54 @@ void ExpectVerdicts(CPinValidater* pValidater, const std::vector<BlkValidateCase
     }
 }
 
+// New PINs confirmed as typed, against an unrelated old PIN.
+struct BlkPinCaseTag {
+    const char* szPin;
+    int iExpected;
+};
+void ExpectPinVerdicts(CPinValidater* pValidater, const std::vector<BlkPinCaseTag>& vCases) {
+    for (const BlkPinCaseTag& c : vCases) {
+        EXPECT_EQ(pValidater->Validate("x", c.szPin, c.szPin), c.iExpected) << c.szPin;
+    }
+}
+
+constexpr int OK = VALIDATE_RESULT_OK;
+constexpr int RUN = VALIDATE_RESULT_CONSECUTIVE;
+constexpr int SAME = VALIDATE_RESULT_SAME_ADJACENT;
+constexpr int OLD = VALIDATE_RESULT_SAME_AS_OLD;
+constexpr int DIFFERS = VALIDATE_RESULT_CONFIRM_DIFFERS;
+constexpr int ONE_CLASS = VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS;
+
 TEST(CPinValidater, VerdictsWhenSingleClassPinsAreAllowed) {
     CNyTestConfig cfg;  // the product allows letters-only and digits-only PINs
     CPinValidater validater(cfg.Get());
-    ExpectVerdicts(&validater, {
-                                   {"000000", "abc123", "abc12", VALIDATE_RESULT_CONFIRM_DIFFERS},
-                                   {"000000", "abc12", "abc123", VALIDATE_RESULT_CONFIRM_DIFFERS},
-                                   {"abc123", "abc123", "abc124", VALIDATE_RESULT_CONFIRM_DIFFERS},
-                                   {"123456", "123456", "123456", VALIDATE_RESULT_SAME_AS_OLD},
-                                   {"1234567", "123456", "123456", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "123456", "123456", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "111111", "111111", VALIDATE_RESULT_SAME_ADJACENT},
-                                   {"x", "1234561", "1234561", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "12345", "12345", VALIDATE_RESULT_OK},
-                                   {"x", "123457", "123457", VALIDATE_RESULT_OK},
-                                   {"x", "890123", "890123", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "567890", "567890", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "890124", "890124", VALIDATE_RESULT_OK},
-                                   {"x", "zyxwvu", "zyxwvu", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "654321", "654321", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "210987", "210987", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "cbazyx", "cbazyx", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "xyzabc", "xyzabc", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "XYZABC", "XYZABC", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "qwXYZABCrt", "qwXYZABCrt", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "xyzABC", "xyzABC", VALIDATE_RESULT_OK},
-                                   {"x", "789ABC", "789ABC", VALIDATE_RESULT_OK},
-                                   {"x", "!\"#$%&", "!\"#$%&", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "9:;<=>", "9:;<=>", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "1aaaaaa", "1aaaaaa", VALIDATE_RESULT_SAME_ADJACENT},
-                                   {"x", "aaaaa1", "aaaaa1", VALIDATE_RESULT_OK},
-                                   {"x", "a1b2c3", "a1b2c3", VALIDATE_RESULT_OK},
-                                   {"x", "qwerty", "qwerty", VALIDATE_RESULT_OK},
-                                   {"x", "", "", VALIDATE_RESULT_OK},
-                                   {"", "", "", VALIDATE_RESULT_SAME_AS_OLD},
-                                   {nullptr, "a1b2c3", "a1b2c3", VALIDATE_RESULT_OK},
-                                   {"x", nullptr, "a1b2c3", VALIDATE_RESULT_NULL},
-                                   {"x", "a1b2c3", nullptr, VALIDATE_RESULT_CONFIRM_DIFFERS},
-                               });
+    ExpectVerdicts(&validater, {});
+    // clang-format off
+    ExpectPinVerdicts(&validater, {
+        {"123456", RUN}, {"111111", SAME}, {"1234561", RUN}, {"12345", OK}, {"123457", OK},
+        {"890123", RUN}, {"567890", RUN}, {"890124", OK}, {"zyxwvu", RUN}, {"654321", RUN},
+        {"210987", RUN}, {"cbazyx", RUN}, {"xyzabc", RUN}, {"XYZABC", RUN}, {"qwXYZABCrt", RUN},
+        {"xyzABC", OK}, {"789ABC", OK}, {"!\"#$%&", RUN}, {"9:;<=>", RUN}, {"1aaaaaa", SAME},
+        {"aaaaa1", OK}, {"a1b2c3", OK}, {"qwerty", OK}, {"", OK}});
+    // clang-format on
     EXPECT_EQ(validater.Validate(nullptr), VALIDATE_RESULT_NULL);
 }
 
-TEST(CPinValidater, SingleClassRuleComesFirstWhenForbidden) {
+TEST(CPinValidater, SingleClassRuleComesFirstWhenForbiddenAndAMissingSettingAllowsIt) {
     CNyTestConfig cfg(CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0));
     CPinValidater validater(cfg.Get());
-    ExpectVerdicts(&validater, {
-                                   {"x", "abcdef", "abcdef", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
-                                   {"x", "123456", "123456", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
-                                   {"x", "12345", "12345", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
-                                   {"x", "qwERty", "qwERty", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
-                                   {"x", "", "", VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS},
-                                   {"abcdef", "abcdef", "abcdef", VALIDATE_RESULT_SAME_AS_OLD},
-                                   {"x", "abc123", "abc123", VALIDATE_RESULT_OK},
-                                   {"x", "1abcdef", "1abcdef", VALIDATE_RESULT_CONSECUTIVE},
-                                   {"x", "1aaaaaa", "1aaaaaa", VALIDATE_RESULT_SAME_ADJACENT},
-                                   {"x", "q!w@e#", "q!w@e#", VALIDATE_RESULT_OK},
-                               });
-}
+    // clang-format off
+    ExpectPinVerdicts(&validater, {
+        {"abcdef", ONE_CLASS}, {"123456", ONE_CLASS}, {"12345", ONE_CLASS}, {"qwERty", ONE_CLASS},
+        {"", ONE_CLASS}, {"abc123", OK}, {"1abcdef", RUN}, {"1aaaaaa", SAME}, {"q!w@e#", OK}});
+    // clang-format on
+    EXPECT_EQ(validater.Validate("abcdef", "abcdef", "abcdef"), OLD);
 
-TEST(CPinValidater, MissingSingleClassSettingAllowsSingleClassPins) {
-    CNyTestConfig cfg(CNyTestConfig::Without(NY_CFG_PIN_ALLOW_SINGLE_CLASS));
-    CPinValidater validater(cfg.Get());
-    EXPECT_EQ(validater.Validate("qwerty"), VALIDATE_RESULT_OK);
+    CNyTestConfig cfgMissing(CNyTestConfig::Without(NY_CFG_PIN_ALLOW_SINGLE_CLASS));
+    EXPECT_EQ(CPinValidater(cfgMissing.Get()).Validate("qwerty"), OK);
     // The message mapping reads the same setting with default 0: it has a text for 12.
     char sz[1024];
-    EXPECT_EQ(CPinValidater::ResultToMsgString(VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS, sz,
-                                               sizeof(sz), cfg.Get()),
-              NY_OK);
+    EXPECT_EQ(CPinValidater::ResultToMsgString(ONE_CLASS, sz, sizeof(sz), cfgMissing.Get()), NY_OK);
     EXPECT_STREQ(sz, "密码不能全部是数字或全部是字母");
 }
 
@@ -110,16 +91,14 @@ TEST(CPinValidater, DefaultConstructionReadsTheBuiltInConfiguration) {
     EXPECT_EQ(validater.Validate("x", "qw1111111", "qw1111111"), VALIDATE_RESULT_SAME_ADJACENT);
 }
 
-struct BlkPredicateCaseTag {
-    const char* szInput;
-    bool bExpected;
-};
-
+// A predicate over the inputs it must refuse and those it must accept (nullptr among them).
 template <typename Fn>
-void ExpectPredicate(const char* szName, Fn fn, const std::vector<BlkPredicateCaseTag>& vCases) {
-    for (const BlkPredicateCaseTag& c : vCases) {
-        EXPECT_EQ(fn(c.szInput), c.bExpected)
-            << szName << "(" << (c.szInput ? c.szInput : "(null)") << ")";
+void ExpectPredicate(const char* szName, Fn fn, const std::vector<const char*>& vFalse,
+                     const std::vector<const char*>& vTrue) {
+    for (bool bExpected : {false, true}) {
+        for (const char* sz : bExpected ? vTrue : vFalse) {
+            EXPECT_EQ(fn(sz), bExpected) << szName << "(" << (sz ? sz : "(null)") << ")";
+        }
     }
 }
 
@@ -127,62 +106,37 @@ TEST(CPinValidater, RunPredicates) {
     CPinValidater v;
     ExpectPredicate("AreThereConsecutiveChars",
                     [&](const char* s) { return v.AreThereConsecutiveChars(s); },
-                    {{nullptr, false}, {"", false}, {"12345", false}, {"xx987654", true}});
+                    {nullptr, "", "12345"}, {"xx987654"});
     ExpectPredicate("AreThereAscendingConsecutiveCharsFromBegin",
                     [&](const char* s) { return v.AreThereAscendingConsecutiveCharsFromBegin(s); },
-                    {{"x123456", false},
-                     {"123456x", true},
-                     {"654321", false},
-                     {"9012ab", false},
-                     {"yzabcd", true},
-                     {"YZABCD", true},
-                     {"89:;<=", true},
-                     {"8901 3", false}});
+                    {"x123456", "654321", "9012ab", "8901 3"},
+                    {"123456x", "yzabcd", "YZABCD", "89:;<="});
     ExpectPredicate(
         "AreThereDescendingConsecutiveCharsFromBegin",
         [&](const char* s) { return v.AreThereDescendingConsecutiveCharsFromBegin(s, 3); },
-        {{"123456", false}, {"fedcba", true}, {"BAZYXW", true}, {"x654321", false}});
+        {"123456", "x654321"}, {"fedcba", "BAZYXW"});
     ExpectPredicate("AreThereSameAdjacentChars",
                     [&](const char* s) { return v.AreThereSameAdjacentChars(s); },
-                    {{"", false}, {"aaaaa", false}, {"abaaaaaa", true}, {"aaaaabaaaaa", false}});
+                    {"", "aaaaa", "aaaaabaaaaa"}, {"abaaaaaa"});
     ExpectPredicate("IsOnlyCharsOrNumbers",
                     [&](const char* s) { return v.IsOnlyCharsOrNumbers(s); },
-                    {{nullptr, false},
-                     {"", true},
-                     {"aBcD", true},
-                     {"0123", true},
-                     {"a1", false},
-                     {"ab!", false},
-                     {"12 3", false}});
+                    {nullptr, "a1", "ab!", "12 3"}, {"", "aBcD", "0123"});
 }
 
 TEST(CPinValidater, WholeStringPredicatesKeepTheirQuirks) {
     CPinValidater v;
     ExpectPredicate("IsSameAdjacentString",
-                    [&](const char* s) { return v.IsSameAdjacentString(s); },
-                    {{"aaaaaa", true}, {"aaaaaaaa", true}, {"aaaaa", false}, {"aaaaaab", false}});
+                    [&](const char* s) { return v.IsSameAdjacentString(s); }, {"aaaaa", "aaaaaab"},
+                    {"aaaaaa", "aaaaaaaa"});
     ExpectPredicate("IsAscendingConsecutiveString",
                     [&](const char* s) { return v.IsAscendingConsecutiveString(s); },
-                    {{"123456", true},
-                     {"abcdefgh", true},
-                     {"12345", false},
-                     {"567890", true},
-                     {"5678901", false},
-                     {"123457", false}});
+                    {"12345", "5678901", "123457"}, {"123456", "abcdefgh", "567890"});
     ExpectPredicate("IsOnlySpecialCharaters",
                     [&](const char* s) { return v.IsOnlySpecialCharaters(s); },
-                    {{nullptr, false},
-                     {"", true},
-                     {"!@#$", true},
-                     {"!a", false},
-                     {"!1", false},
-                     {"!A", false},
-                     {"!B", false},
-                     {"!C", true},
-                     {"XYZ", true}});
-    ExpectPredicate(
-        "IsUnrepeatedCharsTooFew", [&](const char* s) { return v.IsUnrepeatedCharsTooFew(s); },
-        {{nullptr, false}, {"", true}, {"aab", true}, {"abc", false}, {"aaaaaaa", true}});
+                    {nullptr, "!a", "!1", "!A", "!B"}, {"", "!@#$", "!C", "XYZ"});
+    ExpectPredicate("IsUnrepeatedCharsTooFew",
+                    [&](const char* s) { return v.IsUnrepeatedCharsTooFew(s); }, {nullptr, "abc"},
+                    {"", "aab", "aaaaaaa"});
     // The descending whole-string walk peeks at the byte before the string when told it has one.
     const char* szCaller = "098765X";
     EXPECT_TRUE(v.IsDescendingConsecutiveString(szCaller + 1, 1));
@@ -196,29 +150,18 @@ TEST(CPinValidater, DoubledStepPredicates) {
     ExpectPredicate(
         "AreThereRedupConsecutiveCharsFromBegin ascending",
         [&](const char* s) { return v.AreThereRedupConsecutiveCharsFromBegin(s, true); },
-        {{"112233", true},
-         {"aabbccd", true},
-         {"11223", false},
-         {"332211", false},
-         {"112234", false},
-         {"111111", false}});
+        {"11223", "332211", "112234", "111111"}, {"112233", "aabbccd"});
     ExpectPredicate(
         "AreThereRedupConsecutiveCharsFromBegin descending",
         [&](const char* s) { return v.AreThereRedupConsecutiveCharsFromBegin(s, false); },
-        {{"332211", true}, {"112233", false}});
-    ExpectPredicate(
-        "AreThereRedupConsecutiveChars",
-        [&](const char* s) { return v.AreThereRedupConsecutiveChars(s); },
-        {{nullptr, false}, {"", false}, {"x112233", true}, {"x332211y", true}, {"121212", false}});
+        {"112233"}, {"332211"});
+    ExpectPredicate("AreThereRedupConsecutiveChars",
+                    [&](const char* s) { return v.AreThereRedupConsecutiveChars(s); },
+                    {nullptr, "", "121212"}, {"x112233", "x332211y"});
     ExpectPredicate("IsRedupConsecutiveString ascending",
                     [&](const char* s) { return v.IsRedupConsecutiveString(s, true); },
-                    {{"112233", true},
-                     {"11223344", true},
-                     {"1122334", false},
-                     {"1122333", false},
-                     {"332211", false},
-                     {"aabbccddeeffgghhiijjkkllmmnnoopp", true},
-                     {"aabbccddeeffgghhiijjkkllmmnnooppqq", false}});
+                    {"1122334", "1122333", "332211", "aabbccddeeffgghhiijjkkllmmnnooppqq"},
+                    {"112233", "11223344", "aabbccddeeffgghhiijjkkllmmnnoopp"});
     // An odd length is padded with 0x01: only a run that ends just before it fits.
     EXPECT_TRUE(v.IsRedupConsecutiveString("\x04\x04\x03\x03\x02\x02\x01", false));
     EXPECT_TRUE(v.IsRedupConsecutiveString("332211", false));

@@ -76,7 +76,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
     tagBlkLogItem item = {};
     memcpy(&item, pu1Data, cbData < sizeof(item) ? cbData : sizeof(item));
 
-    NyFuzzCheck(IsUtf8(NyLogViewFormatText(item)));
+    const std::string strText = NyLogViewFormatText(item);
+    NyFuzzCheck(IsUtf8(strText) && strText.find_first_of("\r\n") == std::string::npos);
     // The message is the last field of the object.
     NyFuzzCheck(CheckJson(NyLogViewFormatJson(item)) ==
                 NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage)));

@@ -35,7 +35,7 @@ std::string IsoOffset(const struct tm& tmLocal) {
     return strZone.size() == 5 ? strZone.substr(0, 3) + ":" + strZone.substr(3) : strZone;
 }
 
-// One record, one line: line breaks inside a message are shown as \n and \r.
+// One record, one line: line breaks inside a source or a message are shown as \n and \r.
 std::string EscapeLineBreaks(const std::string& strText) {
     std::string strOut;
     for (char ch : strText) {
@@ -89,7 +89,7 @@ std::string NyLogViewFormatText(const tagBlkLogItem& item) {
     char szIds[48] = {};
     snprintf(szIds, sizeof(szIds), " [%u:%u] ", item.u4Pid, item.u4Tid);
     return NyLogViewFormatTime(item.u8Time, false) + " " + LevelText(item.u4Level) + szIds +
-           NyLogViewToUtf8(item.szSource, sizeof(item.szSource)) + ":" +
+           EscapeLineBreaks(NyLogViewToUtf8(item.szSource, sizeof(item.szSource))) + ":" +
            std::to_string(item.u4Line) + " " +
            EscapeLineBreaks(NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage)));
 }

@@ -87,8 +87,9 @@ private:
 // One private display for the whole program.
 CNyTestDisplay& Display() {
     static CNyTestDisplay s_display;
-    static bool s_bStarted = (s_display.Start(false, false), true);
-    (void)s_bStarted;
+    if (s_display.Name().empty()) {
+        s_display.Start(false, false);
+    }
     return s_display;
 }
 

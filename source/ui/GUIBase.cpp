@@ -11,6 +11,7 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
+#include "ui/GUISecureBuffer.h"
 #include "uiblock/NyUiParam.h"
 
 GMutex GUIBase::s_GuiMutex;
@@ -221,6 +222,9 @@ void GUIBase::PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen) {
     if (pEntry == nullptr) {
         return;
     }
+    GtkEntryBuffer* pBuffer = NyGuiSecureEntryBufferNew();
+    gtk_entry_set_buffer(GTK_ENTRY(pEntry), pBuffer);
+    g_object_unref(pBuffer);
     gtk_entry_set_visibility(GTK_ENTRY(pEntry), FALSE);
     gtk_entry_set_invisible_char(GTK_ENTRY(pEntry), NY_GUI_PIN_MASK_CHAR);
     // Never more than the answer's PIN field carries (a maximum of 0 would mean unlimited):

@@ -1,12 +1,16 @@
 // What every PIN dialog shares: no paste route reaches a PIN entry, every end other than OK
 // answers the request untouched and cancelled, and a dialog stopped before it is shown.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <fstream>
 #include <vector>
 
 #include "NyGuiTestWidgets.h"
 #include "NyPinDialogFixture.h"
+#include "runtime/NySecureMem.h"
 #include "support/NyTestLogCapture.h"
 #include "support/NyTestX11.h"
 #include "ui/GUIFactory.h"
@@ -139,4 +143,71 @@ TEST_F(GUIPinEntryTest, BeforeItIsShownADialogAnswersCancelAndAStopKeepsItHidden
         EXPECT_EQ(UI_RESULT_CANCEL, NyGuiTestResponse(pDialog.get()).enRes);
         EXPECT_TRUE(NyTestFindWindows("^" + NyGuiTestText(c.u4TitleId) + "$").empty());
     }
+}
+
+namespace {
+
+struct BlkMappingTag {
+    uintptr_t uStart = 0, uEnd = 0;
+    bool bReadable = false;
+    bool bLocked = false;    // "Locked" covers the whole mapping
+    bool bDontDump = false;  // "dd" among its VmFlags
+};
+
+std::vector<BlkMappingTag> Mappings() {
+    std::vector<BlkMappingTag> v;
+    std::ifstream in("/proc/self/smaps");
+    std::string strLine;
+    while (std::getline(in, strLine)) {
+        unsigned long uStart = 0, uEnd = 0;
+        char szPerms[8] = "";
+        unsigned long uKb = 0;
+        if (sscanf(strLine.c_str(), "%lx-%lx %7s", &uStart, &uEnd, szPerms) == 3) {
+            v.push_back({uStart, uEnd, szPerms[0] == 'r', false, false});
+        } else if (!v.empty() && sscanf(strLine.c_str(), "Locked: %lu kB", &uKb) == 1) {
+            v.back().bLocked = uKb * 1024 >= v.back().uEnd - v.back().uStart;
+        } else if (!v.empty() && strLine.compare(0, 8, "VmFlags:") == 0) {
+            v.back().bDontDump = (strLine + " ").find(" dd ") != std::string::npos;
+        }
+    }
+    return v;
+}
+
+}  // namespace
+
+// While a PIN is typed, every copy of it in this process lies in memory that is locked and
+// left out of core dumps. The PIN is typed key by key from a reversed spelling, so that no
+// other copy of it is ever made here; the one it is compared with is excluded.
+TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
+    const char szReversed[] = "7bV9pK3xW2zQ";
+    const size_t cchPin = sizeof(szReversed) - 1;
+    CNySecure<char[sizeof(szReversed)]> needle;
+    for (size_t i = 0; i < cchPin; ++i) {
+        (*needle)[i] = szReversed[cchPin - 1 - i];
+    }
+    OpenCase(s_aPinDialogs[0]);
+    NyGuiTestClick(Entry(s_aPinDialogs[0].vCaptions[0]));
+    for (size_t i = cchPin; i-- > 0;) {
+        NyTestKey(std::string(1, szReversed[i]));
+    }
+    EXPECT_TRUE(WaitLabel(Counter(static_cast<unsigned int>(cchPin))));
+    int fdMem = open("/proc/self/mem", O_RDONLY);
+    ASSERT_GE(fdMem, 0);
+    int nCopies = 0;
+    for (const BlkMappingTag& m : Mappings()) {
+        std::vector<char> vBytes(m.uEnd - m.uStart);
+        ssize_t nRead = m.bReadable ? pread(fdMem, vBytes.data(), vBytes.size(), m.uStart) : -1;
+        for (ssize_t i = 0; nRead > 0 && i + static_cast<ssize_t>(cchPin) <= nRead; ++i) {
+            if (memcmp(vBytes.data() + i, needle.Get(), cchPin) != 0 ||
+                m.uStart + i == reinterpret_cast<uintptr_t>(needle.Get())) {
+                continue;
+            }
+            ++nCopies;
+            EXPECT_TRUE(m.bLocked && m.bDontDump) << std::hex << "copy at " << m.uStart + i;
+        }
+    }
+    close(fdMem);
+    EXPECT_GE(nCopies, 1) << "the typed PIN was not found at all";
+    m_pDialog->stop();
+    Finish();
 }

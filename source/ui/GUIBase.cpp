@@ -11,6 +11,7 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
+#include "ui/GUILayoutCache.h"
 #include "ui/GUISecureBuffer.h"
 #include "uiblock/NyUiParam.h"
 
@@ -193,13 +194,7 @@ void GUIBase::ResourcePath(const char* szDir, const char* szName, char* szPath) 
 GtkBuilder* GUIBase::LoadBuilder(const char* szDir, const char* szGladeName) {
     char szPath[NY_GUI_PATH_SIZE];
     ResourcePath(szDir, szGladeName, szPath);
-    GtkBuilder* pBuilder = gtk_builder_new();
-    GError* pError = nullptr;
-    if (gtk_builder_add_from_file(pBuilder, szPath, &pError) == 0) {
-        g_warning("%s: %s", szPath, pError != nullptr ? pError->message : "not loaded");
-        g_clear_error(&pError);
-    }
-    return pBuilder;
+    return NyGuiTakeLayout(szPath);
 }
 
 GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
@@ -209,7 +204,7 @@ GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
 void GUIBase::SetLogo(GtkWidget* pImage, const char* szDir) {
     char szPath[NY_GUI_PATH_SIZE];
     ResourcePath(szDir, "Logo_Long.bmp", szPath);
-    GdkPixbuf* pPixbuf = gdk_pixbuf_new_from_file(szPath, nullptr);
+    GdkPixbuf* pPixbuf = NyGuiImage(szPath);
     if (pImage != nullptr && pPixbuf != nullptr) {
         gtk_image_set_from_pixbuf(GTK_IMAGE(pImage), pPixbuf);
     }
@@ -309,6 +304,7 @@ void GUIBase::ShowAndRun(GtkWidget** ppWindow, GtkWidget* pFocus, GdkWMFunction 
     gtk_widget_show(*ppWindow);
     gdk_window_set_functions(gtk_widget_get_window(*ppWindow), enFunctions);
     SetInputFoucs(pFocus);
+    NyGuiPrepareNextLayout();
     guint uWatch = g_timeout_add(NY_GUI_POLL_MS, QuitWhenFinished,
                                  const_cast<std::atomic<uint32_t>*>(pu4Finished));
     gtk_main();

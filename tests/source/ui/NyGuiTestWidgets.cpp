@@ -25,7 +25,7 @@ GtkWidget* FindIn(GtkWidget* pWidget, const char* szId) {
 
 void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
     if (GTK_IS_ENTRY(pWidget) && !gtk_entry_get_visibility(GTK_ENTRY(pWidget)) &&
-        gtk_widget_get_visible(pWidget)) {
+        gtk_widget_get_mapped(pWidget)) {
         pvTexts->push_back(gtk_entry_get_text(GTK_ENTRY(pWidget)));
     }
     if (GTK_IS_CONTAINER(pWidget)) {
@@ -37,12 +37,15 @@ void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
     }
 }
 
-// The widget with that id; the GDK lock must be held.
+// The widget with that id in a window on screen (windows built ahead of time and still hidden
+// do not count); the GDK lock must be held.
 GtkWidget* Find(const char* szId) {
     GList* pWindows = gtk_window_list_toplevels();
     GtkWidget* pFound = nullptr;
     for (GList* p = pWindows; p != nullptr && pFound == nullptr; p = p->next) {
-        pFound = FindIn(GTK_WIDGET(p->data), szId);
+        if (gtk_widget_get_visible(GTK_WIDGET(p->data))) {
+            pFound = FindIn(GTK_WIDGET(p->data), szId);
+        }
     }
     g_list_free(pWindows);
     return pFound;

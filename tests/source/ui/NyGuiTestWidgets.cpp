@@ -176,3 +176,12 @@ std::vector<std::string> NyGuiTestPinTexts() {
     gdk_threads_leave();
     return vTexts;
 }
+
+std::string NyGuiTestEntryEndIcon(const char* szId) {
+    std::string strIcon;
+    WithWidget(szId, [&](GtkWidget* p) {
+        const gchar* szStock = gtk_entry_get_icon_stock(GTK_ENTRY(p), GTK_ENTRY_ICON_SECONDARY);
+        strIcon = szStock != nullptr ? szStock : "";
+    });
+    return strIcon;
+}

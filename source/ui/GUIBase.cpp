@@ -11,7 +11,7 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
-#include "ui/GUILayoutCache.h"
+#include "ui/GUIImageCache.h"
 #include "ui/GUISecureBuffer.h"
 #include "uiblock/NyUiParam.h"
 
@@ -194,7 +194,13 @@ void GUIBase::ResourcePath(const char* szDir, const char* szName, char* szPath) 
 GtkBuilder* GUIBase::LoadBuilder(const char* szDir, const char* szGladeName) {
     char szPath[NY_GUI_PATH_SIZE];
     ResourcePath(szDir, szGladeName, szPath);
-    return NyGuiTakeLayout(szPath);
+    GtkBuilder* pBuilder = gtk_builder_new();
+    GError* pError = nullptr;
+    if (gtk_builder_add_from_file(pBuilder, szPath, &pError) == 0) {
+        g_warning("%s: %s", szPath, pError != nullptr ? pError->message : "not loaded");
+        g_clear_error(&pError);
+    }
+    return pBuilder;
 }
 
 GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
@@ -304,7 +310,6 @@ void GUIBase::ShowAndRun(GtkWidget** ppWindow, GtkWidget* pFocus, GdkWMFunction 
     gtk_widget_show(*ppWindow);
     gdk_window_set_functions(gtk_widget_get_window(*ppWindow), enFunctions);
     SetInputFoucs(pFocus);
-    NyGuiPrepareNextLayout();
     guint uWatch = g_timeout_add(NY_GUI_POLL_MS, QuitWhenFinished,
                                  const_cast<std::atomic<uint32_t>*>(pu4Finished));
     gtk_main();

@@ -6,6 +6,7 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
+#include "ui/GUIImageCache.h"
 #include "ui/GUIconfirmText.h"
 #include "uiblock/NyUiConfirmParam.h"
 
@@ -86,7 +87,7 @@ void GUIconfirm::LoadDeviceImage(const char* szDir, uint32_t u4Kind) {
         szDir,
         NyUiIsFingerprintKind(u4Kind) ? "USBKey_Fingerprint_Confirm.gif" : "USBKey_Confirm.png",
         szPath);
-    GdkPixbuf* pPixbuf = gdk_pixbuf_new_from_file(szPath, nullptr);
+    GdkPixbuf* pPixbuf = NyGuiImage(szPath);
     if (pPixbuf == nullptr) {
         return;
     }

@@ -37,15 +37,12 @@ void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
     }
 }
 
-// The widget with that id in a window on screen (windows built ahead of time and still hidden
-// do not count); the GDK lock must be held.
+// The widget with that id; the GDK lock must be held.
 GtkWidget* Find(const char* szId) {
     GList* pWindows = gtk_window_list_toplevels();
     GtkWidget* pFound = nullptr;
     for (GList* p = pWindows; p != nullptr && pFound == nullptr; p = p->next) {
-        if (gtk_widget_get_visible(GTK_WIDGET(p->data))) {
-            pFound = FindIn(GTK_WIDGET(p->data), szId);
-        }
+        pFound = FindIn(GTK_WIDGET(p->data), szId);
     }
     g_list_free(pWindows);
     return pFound;

@@ -100,6 +100,11 @@ uint32_t GUIService::run() {
     CNySecure<uint8_t[NY_UI_PARAM_SIZE]> secureResp;
     uint8_t* au1Req = *secureReq;
     uint8_t* au1Resp = *secureResp;
+    if (au1Req == nullptr || au1Resp == nullptr) {
+        NY_LOG_RESULT(NY_ERR_OUT_OF_MEMORY);
+        NyCommDisconnect(m_blkParam.hSession);
+        return NY_ERR_OUT_OF_MEMORY;
+    }
     NyGuiNoteSecureMemory(au1Req);
     uint32_t u4Result = NY_OK;
     // m_bStop is not cleared here: a stop that arrived before the loop began still counts.
@@ -158,6 +163,9 @@ uint32_t GUIService::ProcessRequestSvc(uint8_t* pu1Req, uint32_t u4ReqSize, uint
         return UI_ERR_ANSWER_TOO_SMALL;
     }
     CNySecure<tagBlkUiParam> secureReq;
+    if (secureReq.Get() == nullptr) {
+        return NY_ERR_OUT_OF_MEMORY;
+    }
     tagBlkUiParam& blkReq = *secureReq;
     memcpy(&blkReq, pu1Req, u4ReqSize < sizeof(blkReq) ? u4ReqSize : sizeof(blkReq));
     auto* pResp = reinterpret_cast<tagBlkUiParam*>(pu1Resp);

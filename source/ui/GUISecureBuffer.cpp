@@ -35,7 +35,7 @@ const gchar* GetText(GtkEntryBuffer* pBuffer, gsize* pcbText) {
     if (pcbText != nullptr) {
         *pcbText = pSelf->cbText;
     }
-    return pSelf->szText;
+    return pSelf->szText != nullptr ? pSelf->szText : "";
 }
 
 guint GetLength(GtkEntryBuffer* pBuffer) {
@@ -44,6 +44,9 @@ guint GetLength(GtkEntryBuffer* pBuffer) {
 
 guint InsertText(GtkEntryBuffer* pBuffer, guint uPosition, const gchar* szChars, guint cchChars) {
     NySecureEntryBuffer* pSelf = Self(pBuffer);
+    if (pSelf->szText == nullptr) {
+        return 0;  // no memory for it: nothing is taken rather than kept unprotected
+    }
     gsize cbChars = ByteOffset(szChars, cchChars);
     // Whole characters only, as many as fit.
     while (cchChars > 0 && pSelf->cbText + cbChars > NY_GUI_SECURE_TEXT_BYTES) {

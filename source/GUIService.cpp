@@ -10,8 +10,10 @@
 #include "log/NyLog.h"
 #include "os/NyOs.h"
 #include "runtime/NySafe.h"
+#include "runtime/NySecureMem.h"
 #include "session/NySessionChannel.h"
 #include "ui/GUIFactory.h"
+#include "ui/GUISecureBuffer.h"
 #include "uiblock/NyUiParam.h"
 
 namespace {
@@ -93,8 +95,17 @@ uint32_t GUIService::run() {
         NY_LOG(LOG_ERROR, "CUiService::Run() leave u4Result = %08x", NY_ERR_BAD_ARGUMENT);
         return NY_ERR_BAD_ARGUMENT;
     }
-    uint8_t au1Req[NY_UI_PARAM_SIZE];
-    uint8_t au1Resp[NY_UI_PARAM_SIZE];
+    // Requests and answers carry PINs: both live in locked memory left out of core dumps.
+    CNySecure<uint8_t[NY_UI_PARAM_SIZE]> secureReq;
+    CNySecure<uint8_t[NY_UI_PARAM_SIZE]> secureResp;
+    uint8_t* au1Req = *secureReq;
+    uint8_t* au1Resp = *secureResp;
+    if (au1Req == nullptr || au1Resp == nullptr) {
+        NY_LOG_RESULT(NY_ERR_OUT_OF_MEMORY);
+        NyCommDisconnect(m_blkParam.hSession);
+        return NY_ERR_OUT_OF_MEMORY;
+    }
+    NyGuiNoteSecureMemory(au1Req);
     uint32_t u4Result = NY_OK;
     // m_bStop is not cleared here: a stop that arrived before the loop began still counts.
     while (m_bStop.load() == 0) {
@@ -104,19 +115,19 @@ uint32_t GUIService::run() {
         }
         // Fresh zeros for every request: a short request never reads an earlier one's bytes,
         // and an answer that could not be built goes out as zeros.
-        memset(au1Req, 0, sizeof(au1Req));
-        memset(au1Resp, 0, sizeof(au1Resp));
-        uint32_t u4ReqSize = sizeof(au1Req);
+        memset(au1Req, 0, NY_UI_PARAM_SIZE);
+        memset(au1Resp, 0, NY_UI_PARAM_SIZE);
+        uint32_t u4ReqSize = NY_UI_PARAM_SIZE;
         u4Result = NyCommListen(m_blkParam.hSession, au1Req, &u4ReqSize);
         if (u4Result != NY_OK) {
             continue;
         }
-        uint32_t u4RespSize = sizeof(au1Resp);
+        uint32_t u4RespSize = NY_UI_PARAM_SIZE;
         ProcessRequestSvc(au1Req, u4ReqSize, au1Resp, &u4RespSize);
         BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, au1Resp, u4RespSize};
         u4Result = NyCommNotify(m_blkParam.hSession, &blkNotify);
-        NyMemSafeClear(au1Req, sizeof(au1Req));
-        NyMemSafeClear(au1Resp, sizeof(au1Resp));
+        NyMemSafeClear(au1Req, NY_UI_PARAM_SIZE);
+        NyMemSafeClear(au1Resp, NY_UI_PARAM_SIZE);
     }
     ReleaseDialog();
     NyCommDisconnect(m_blkParam.hSession);
@@ -151,7 +162,11 @@ uint32_t GUIService::ProcessRequestSvc(uint8_t* pu1Req, uint32_t u4ReqSize, uint
         *pu4RespSize = NY_UI_PARAM_SIZE;
         return UI_ERR_ANSWER_TOO_SMALL;
     }
-    tagBlkUiParam blkReq = {};
+    CNySecure<tagBlkUiParam> secureReq;
+    if (secureReq.Get() == nullptr) {
+        return NY_ERR_OUT_OF_MEMORY;
+    }
+    tagBlkUiParam& blkReq = *secureReq;
     memcpy(&blkReq, pu1Req, u4ReqSize < sizeof(blkReq) ? u4ReqSize : sizeof(blkReq));
     auto* pResp = reinterpret_cast<tagBlkUiParam*>(pu1Resp);
     uint32_t u4Result = NY_OK;

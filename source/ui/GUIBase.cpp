@@ -11,6 +11,8 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
+#include "ui/GUIImageCache.h"
+#include "ui/GUISecureBuffer.h"
 #include "uiblock/NyUiParam.h"
 
 GMutex GUIBase::s_GuiMutex;
@@ -208,7 +210,7 @@ GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
 void GUIBase::SetLogo(GtkWidget* pImage, const char* szDir) {
     char szPath[NY_GUI_PATH_SIZE];
     ResourcePath(szDir, "Logo_Long.bmp", szPath);
-    GdkPixbuf* pPixbuf = gdk_pixbuf_new_from_file(szPath, nullptr);
+    GdkPixbuf* pPixbuf = NyGuiImage(szPath);
     if (pImage != nullptr && pPixbuf != nullptr) {
         gtk_image_set_from_pixbuf(GTK_IMAGE(pImage), pPixbuf);
     }
@@ -221,6 +223,9 @@ void GUIBase::PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen) {
     if (pEntry == nullptr) {
         return;
     }
+    GtkEntryBuffer* pBuffer = NyGuiSecureEntryBufferNew();
+    gtk_entry_set_buffer(GTK_ENTRY(pEntry), pBuffer);
+    g_object_unref(pBuffer);
     gtk_entry_set_visibility(GTK_ENTRY(pEntry), FALSE);
     gtk_entry_set_invisible_char(GTK_ENTRY(pEntry), NY_GUI_PIN_MASK_CHAR);
     // Never more than the answer's PIN field carries (a maximum of 0 would mean unlimited):

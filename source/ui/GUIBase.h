@@ -100,8 +100,8 @@ protected:
     static GtkWidget* GetWidget(GtkBuilder* pBuilder, const char* szId);
     // Puts res/Logo_Long.bmp into an image widget.
     static void SetLogo(GtkWidget* pImage, const char* szDir);
-    // A PIN entry: typed characters hidden as '*', at most u4MaxLen of them and never more
-    // than the answer's PIN field holds.
+    // A PIN entry: its text in locked, wiped memory, typed characters hidden as '*', at most
+    // u4MaxLen of them and never more than the answer's PIN field holds.
     static void PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen);
     // Text u4Id of the configuration into szText (u4Size bytes); left empty when the lookup
     // fails, so that nothing stale is shown.

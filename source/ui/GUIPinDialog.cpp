@@ -9,6 +9,7 @@
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
 #include "ui/GUIEntryFilter.h"
+#include "ui/GUISecureBuffer.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ constexpr GdkColor NY_GUI_ERROR_COLOUR = {0, 0xC000, 0x1000, 0x1000};
 GUIPinDialog::GUIPinDialog(const tagBlkUiParam* pReq, CConfig* pConfig, const char* szClassName)
     : m_pConfig(pConfig), m_szClassName(szClassName) {
     InitBlockCopy(&m_blkParam, pReq);
+    NyGuiNoteSecureMemory(&m_blkParam);
 }
 
 GUIPinDialog::~GUIPinDialog() {

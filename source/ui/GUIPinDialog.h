@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <initializer_list>
 
+#include "runtime/NySecureMem.h"
 #include "ui/GUIBase.h"
 #include "uiblock/NyUiParam.h"
 
@@ -69,7 +70,9 @@ protected:
     static unsigned int EntryLength(GtkWidget* pEntry);
     static const char* EntryText(GtkWidget* pEntry);
 
-    tagBlkUiParam m_blkParam;
+    // The block copy lives in locked memory that core dumps leave out: it holds the PINs.
+    CNySecure<tagBlkUiParam> m_secureBlock;
+    tagBlkUiParam& m_blkParam = *m_secureBlock;
     CConfig* m_pConfig = nullptr;
     // The destroy callback logs its entry and exit ("<name>::destroy_callback() enter").
     bool m_bLogDestroy = false;

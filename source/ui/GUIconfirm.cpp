@@ -6,6 +6,7 @@
 #include "log/NyLog.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
+#include "ui/GUIImageCache.h"
 #include "ui/GUIconfirmText.h"
 #include "uiblock/NyUiConfirmParam.h"
 
@@ -75,6 +76,7 @@ void GUIconfirm::Build(const char* szDir) {
         g_signal_connect(m_pWindow, "delete-event", G_CALLBACK(delete_callback), this);
     }
     m_u4RemainSeconds = NyConfirmFirstCount(NyUiParamGetU4(&m_blkParam, UI_OFS_CONFIRM_TIMEOUT));
+    m_bCountdown = NyConfirmHasCountdown(NyUiParamGetU4(&m_blkParam, UI_OFS_CONFIRM_TIMEOUT));
     Tick();
     m_uTimerId = g_timeout_add(NY_CONFIRM_TICK_MS, Countdown_callback, this);
 }
@@ -85,7 +87,7 @@ void GUIconfirm::LoadDeviceImage(const char* szDir, uint32_t u4Kind) {
         szDir,
         NyUiIsFingerprintKind(u4Kind) ? "USBKey_Fingerprint_Confirm.gif" : "USBKey_Confirm.png",
         szPath);
-    GdkPixbuf* pPixbuf = gdk_pixbuf_new_from_file(szPath, nullptr);
+    GdkPixbuf* pPixbuf = NyGuiImage(szPath);
     if (pPixbuf == nullptr) {
         return;
     }
@@ -162,7 +164,9 @@ void GUIconfirm::Tick() {
         char szText[NY_GUI_TEXT_SIZE];
         LoadText(m_pConfig, NY_CONFIRM_ID_REMAIN, szFormat, sizeof(szFormat));
         NyStrPrintf(szText, sizeof(szText), szFormat, m_u4RemainSeconds);
-        gtk_label_set_text(GTK_LABEL(m_pRemainCounts), szText);
+        // Without a time-out to count down the label stays empty (a countdown frozen at 0 or
+        // running through negative seconds tells the user nothing true).
+        gtk_label_set_text(GTK_LABEL(m_pRemainCounts), m_bCountdown ? szText : "");
     }
     if (m_u4RemainSeconds > 0) {
         --m_u4RemainSeconds;
@@ -180,6 +184,7 @@ unsigned int GUIconfirm::update(const unsigned char* pu1Data, unsigned int u4Len
     uint32_t u4Kind = NyUiParamGetU4(&m_blkParam, UI_OFS_CONFIRM_KIND);
     if (NyUiIsFingerprintKind(u4Kind)) {
         m_u4RemainSeconds = NyUiParamGetU4(&m_blkParam, UI_OFS_CONFIRM_TIMEOUT);
+        m_bCountdown = NyConfirmHasCountdown(m_u4RemainSeconds);
         unsigned int u4TextId =
             NyConfirmUpdateTextId(NyUiParamGetU4(&m_blkParam, UI_OFS_CONFIRM_DETAIL));
         if (u4TextId != 0) {

@@ -49,6 +49,7 @@ private:
     GtkWidget* m_pRemainCounts = nullptr;
     GtkWidget* m_pTips = nullptr;
     uint32_t m_u4RemainSeconds = 0;  // under the GDK lock
+    bool m_bCountdown = false;       // the time-out is one to count down; under the GDK lock
     tagBlkUiParam m_blkParam;        // under the GDK lock once run() has started
     CConfig* m_pConfig = nullptr;
     std::atomic<uint32_t> m_u4Finished{0};

@@ -1,6 +1,7 @@
 #include "ui/GUIconfirmText.h"
 
 #include <cstddef>
+#include <cstdint>
 
 #include "uiblock/NyUiConfirmParam.h"
 
@@ -52,4 +53,8 @@ unsigned int NyConfirmUpdateTextId(uint32_t u4Detail) {
 
 uint32_t NyConfirmFirstCount(uint32_t u4TimeoutSeconds) {
     return u4TimeoutSeconds > 0 ? u4TimeoutSeconds - 1 : 0;
+}
+
+bool NyConfirmHasCountdown(uint32_t u4TimeoutSeconds) {
+    return u4TimeoutSeconds != 0 && u4TimeoutSeconds <= static_cast<uint32_t>(INT32_MAX);
 }

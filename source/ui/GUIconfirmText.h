@@ -39,3 +39,7 @@ unsigned int NyConfirmUpdateTextId(uint32_t u4Detail);
 // First number the countdown shows for a time-out in seconds: one less than the time-out,
 // 0 for a time-out of 0.
 uint32_t NyConfirmFirstCount(uint32_t u4TimeoutSeconds);
+// Whether a time-out is one to count down: not 0 (none given) and not one that reads as
+// negative (0xFFFFFFFF and the like, "no limit"). Without one the countdown shows nothing,
+// rather than a frozen 0 or a negative number of seconds.
+bool NyConfirmHasCountdown(uint32_t u4TimeoutSeconds);

@@ -153,15 +153,29 @@ void GUImessage::Build(const char* szDir) {
     char szText[NY_GUI_LONG_TEXT_SIZE];
     memset(szText, 0, sizeof(szText));
     ParseMessage(szText, sizeof(szText));
-    if (pTips != nullptr) {
-        gtk_label_set_text(GTK_LABEL(pTips), szText);
-    }
     ArrangeButtons(pCancel, pFixed);
 
     SetWidgetFont(m_pOkButton, NY_GUI_FONT, NY_GUI_FONT_SIZE, NY_TRUE);
     SetWidgetFont(pCancel, NY_GUI_FONT, NY_GUI_FONT_SIZE, NY_TRUE);
     SetWidgetFont(pTips, NY_GUI_FONT, NY_GUI_FONT_SIZE, NY_FALSE);
+    ShowCentred(pTips, szText);
     g_object_unref(pBuilder);
+}
+
+// A wrapping label lays a short text out from its left edge: a text that fits on one line is
+// shown without wrapping, so that it centres over the centred button; a longer one wraps.
+void GUImessage::ShowCentred(GtkWidget* pLabel, const char* szText) {
+    if (pLabel == nullptr) {
+        return;
+    }
+    gtk_label_set_text(GTK_LABEL(pLabel), szText);
+    gint iWidth = 0;
+    gtk_widget_get_size_request(pLabel, &iWidth, nullptr);
+    PangoLayout* pLayout = gtk_widget_create_pango_layout(pLabel, szText);
+    gint iTextWidth = 0;
+    pango_layout_get_pixel_size(pLayout, &iTextWidth, nullptr);
+    g_object_unref(pLayout);
+    gtk_label_set_line_wrap(GTK_LABEL(pLabel), iWidth <= 0 || iTextWidth > iWidth);
 }
 
 void GUImessage::ArrangeButtons(GtkWidget* pCancel, GtkWidget* pFixed) {

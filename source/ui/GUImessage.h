@@ -42,6 +42,8 @@ public:
 
 private:
     void Build(const char* szDir);
+    // The message on its label, centred when it fits on one line, wrapped when longer.
+    static void ShowCentred(GtkWidget* pLabel, const char* szText);
     void ArrangeButtons(GtkWidget* pCancel, GtkWidget* pFixed);
     // Text selection by message id, after the wrong-PIN code has been normalised.
     void SelectWrongPin(uint32_t u4Count, char* szWork);

@@ -1,12 +1,17 @@
 // What every PIN dialog shares: no paste route reaches a PIN entry, every end other than OK
 // answers the request untouched and cancelled, and a dialog stopped before it is shown.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <fstream>
 #include <vector>
 
 #include "NyGuiTestWidgets.h"
 #include "NyPinDialogFixture.h"
+#include "runtime/NySecureMem.h"
 #include "support/NyTestLogCapture.h"
 #include "support/NyTestX11.h"
 #include "ui/GUIFactory.h"
@@ -139,4 +144,94 @@ TEST_F(GUIPinEntryTest, BeforeItIsShownADialogAnswersCancelAndAStopKeepsItHidden
         EXPECT_EQ(UI_RESULT_CANCEL, NyGuiTestResponse(pDialog.get()).enRes);
         EXPECT_TRUE(NyTestFindWindows("^" + NyGuiTestText(c.u4TitleId) + "$").empty());
     }
+}
+
+namespace {
+
+// AddressSanitizer turns mlock into a no-op that reports success: under it, only the
+// placement in memory left out of core dumps can be seen.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool NY_MLOCK_WORKS = false;
+#else
+constexpr bool NY_MLOCK_WORKS = true;
+#endif
+
+struct BlkMappingTag {
+    uintptr_t uStart = 0, uEnd = 0;
+    bool bReadable = false;
+    bool bLocked = false;    // "Locked" covers the whole mapping
+    bool bDontDump = false;  // "dd" among its VmFlags
+};
+
+std::vector<BlkMappingTag> Mappings() {
+    std::vector<BlkMappingTag> v;
+    std::ifstream in("/proc/self/smaps");
+    std::string strLine;
+    while (std::getline(in, strLine)) {
+        unsigned long uStart = 0, uEnd = 0;
+        char szPerms[8] = "";
+        unsigned long uKb = 0;
+        if (sscanf(strLine.c_str(), "%lx-%lx %7s", &uStart, &uEnd, szPerms) == 3) {
+            v.push_back({uStart, uEnd, szPerms[0] == 'r', false, false});
+        } else if (!v.empty() && sscanf(strLine.c_str(), "Locked: %lu kB", &uKb) == 1) {
+            v.back().bLocked = uKb * 1024 >= v.back().uEnd - v.back().uStart;
+        } else if (!v.empty() && strLine.compare(0, 8, "VmFlags:") == 0) {
+            v.back().bDontDump = (strLine + " ").find(" dd ") != std::string::npos;
+        }
+    }
+    return v;
+}
+
+}  // namespace
+
+// While a PIN is typed, every copy of it in this process lies in memory that is locked and
+// left out of core dumps. The PIN is typed key by key from a reversed spelling, so that no
+// other copy of it is ever made here; the one it is compared with, and the scan's own buffer,
+// are excluded.
+TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
+    const char szReversed[] = "7bV9pK3xW2zQ";
+    const size_t cchPin = sizeof(szReversed) - 1;
+    CNySecure<char[sizeof(szReversed)]> needle;
+    for (size_t i = 0; i < cchPin; ++i) {
+        (*needle)[i] = szReversed[cchPin - 1 - i];
+    }
+    OpenCase(s_aPinDialogs[0]);
+    NyGuiTestClick(Entry(s_aPinDialogs[0].vCaptions[0]));
+    for (size_t i = cchPin; i-- > 0;) {
+        NyTestKey(std::string(1, szReversed[i]));
+    }
+    EXPECT_TRUE(WaitLabel(Counter(static_cast<unsigned int>(cchPin))));
+    int fdMem = open("/proc/self/mem", O_RDONLY);
+    ASSERT_GE(fdMem, 0);
+    int nCopies = 0;
+    const size_t cbChunk = 1 << 20;
+    std::vector<char> vBytes(cbChunk + cchPin);
+    // What this scan reads lands in its own buffer: copies found there are its own.
+    auto InScanBuffer = [&](uintptr_t u) {
+        return u >= reinterpret_cast<uintptr_t>(vBytes.data()) &&
+               u < reinterpret_cast<uintptr_t>(vBytes.data() + vBytes.size());
+    };
+    for (const BlkMappingTag& m : Mappings()) {
+        // Mappings beyond a gigabyte are a sanitizer's shadow and reserve regions.
+        if (!m.bReadable || m.uEnd - m.uStart > (size_t(1) << 30)) {
+            continue;
+        }
+        for (uintptr_t uAt = m.uStart; uAt < m.uEnd; uAt += cbChunk) {
+            size_t cbWant = std::min<size_t>(cbChunk + cchPin - 1, m.uEnd - uAt);
+            ssize_t nRead = pread(fdMem, vBytes.data(), cbWant, static_cast<off_t>(uAt));
+            for (ssize_t i = 0; i + static_cast<ssize_t>(cchPin) <= nRead; ++i) {
+                uintptr_t uCopy = uAt + static_cast<uintptr_t>(i);
+                if (memcmp(vBytes.data() + i, needle.Get(), cchPin) == 0 &&
+                    uCopy != reinterpret_cast<uintptr_t>(needle.Get()) && !InScanBuffer(uCopy)) {
+                    ++nCopies;
+                    EXPECT_TRUE((m.bLocked || !NY_MLOCK_WORKS) && m.bDontDump)
+                        << std::hex << "copy at " << uCopy;
+                }
+            }
+        }
+    }
+    close(fdMem);
+    EXPECT_GE(nCopies, 1) << "the typed PIN was not found at all";
+    m_pDialog->stop();
+    Finish();
 }

@@ -93,9 +93,15 @@ TEST_F(GUIchangepinTest, OkWaitsForEveryEntryThenAnswersOldAndNewPinWithTheirLen
 
 TEST_F(GUIchangepinTest, MismatchEmptiesBothNewEntriesKeepsTheOldAndFocusesTheNewEntry) {
     OpenChange();
+    int iX = 0, iY = 0, iWidth = 0, iHeight = 0, iWidthThen = 0, iHeightThen = 0;
+    ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iX, &iY, &iWidth, &iHeight));
     TypeAll("abc1234", "q1w2e3", "q1w2e4");
     NyTestKey("Return");
     EXPECT_TRUE(WaitLabel(NyGuiTestText(NY_MSG_MISMATCH)));
+    // The refusal has room kept for it: the window does not grow.
+    ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iX, &iY, &iWidthThen, &iHeightThen));
+    EXPECT_EQ(iWidth, iWidthThen);
+    EXPECT_EQ(iHeight, iHeightThen);
     EXPECT_EQ("两次输入的新密码不一致，请重新输入！", NyGuiTestText(NY_MSG_MISMATCH));
     EXPECT_TRUE(WaitNoLabel(Counter(6))) << "new and confirmation emptied";
     EXPECT_TRUE(WaitLabel(Counter(7))) << "old PIN kept";

@@ -119,6 +119,8 @@ TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     EXPECT_EQ(29u, NyConfirmFirstCount(30));
     EXPECT_EQ(0u, NyConfirmFirstCount(1));
     EXPECT_EQ(0u, NyConfirmFirstCount(0));  // no wrap-around to four billion seconds
+    EXPECT_TRUE(NyConfirmHasCountdown(1) && NyConfirmHasCountdown(0x7FFFFFFF));
+    EXPECT_FALSE(NyConfirmHasCountdown(0) || NyConfirmHasCountdown(0xFFFFFFFF));
 }
 
 // The message shown per kind wraps only beyond its limit (kind 1: 99 bytes; others: the
@@ -130,7 +132,7 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimitBesideTheKindsPicture)
         uint32_t u4Kind;
         bool bWraps;
         const char* szFile;
-    // clang-format off
+        // clang-format off
     } aCases[] = {
         {1, true, szPng}, {2, true, szPng}, {6, false, szPng}, {12, false, szPng},
         {0, false, szPng}, {4, true, szPng}, {UI_CTT_FINGERPRINT_ENROL, true, szGif},
@@ -187,6 +189,9 @@ TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
     EXPECT_EQ(Remain(0), Countdown());
     EXPECT_EQ(0u, m_pDialog->IsFinished());
     EXPECT_EQ(1u, NyTestFindWindows("^" + m_strTitle + "$").size());
+    // An update without a time-out to count down empties the countdown.
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 0xFFFFFFFF)));
+    EXPECT_TRUE(NyTestWaitUntil([] { return Countdown().empty(); }, 3000));
     m_pDialog->stop();
     Finish();
 }

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "NyGuiTestWidgets.h"
 #include "NyPinDialogFixture.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
@@ -187,6 +188,8 @@ TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
     Open(0xE06163C0, 0);
     EXPECT_TRUE(NyGuiTestWaitFor("label", "您的UKey密码已锁定，请前往柜面解锁！"));
     NyGuiTestShot(m_strWindow, "message-locked");
+    // One line: not wrapped, so that it centres over the button.
+    EXPECT_FALSE(NyGuiTestLabelWraps("message_tips"));
     EXPECT_EQ(std::vector<std::string>{NyGuiTestText(NY_TXT_OK)}, ShowingButtons());
     // Motif hints: the functions word allows moving only (MWM_FUNC_MOVE = 4), no close.
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x4,"));

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "NyGuiTestWidgets.h"
 #include "NyPinDialogFixture.h"
 #include "support/NyTestLogCapture.h"
 #include "support/NyTestProcess.h"
@@ -85,6 +86,15 @@ TEST_F(GUIverifyTest, CounterAndOkFollowTheTypedPinWhichTheAnswerCarries) {
     OpenVerify(4, 16);
     NyGuiTestClick(Entry(NY_TXT_CAPTION));
     EXPECT_FALSE(OkSensitive());
+    // Caps Lock on shows the entry's warning icon; off again, it goes.
+    NyTestKey("Caps_Lock");
+    EXPECT_TRUE(NyTestWaitUntil(
+        [] { return NyGuiTestEntryEndIcon("verify_pin") == GTK_STOCK_CAPS_LOCK_WARNING; },
+        NY_GUI_TEST_WAIT_MS));
+    Shot("verify-caps-lock");
+    NyTestKey("Caps_Lock");
+    EXPECT_TRUE(NyTestWaitUntil([] { return NyGuiTestEntryEndIcon("verify_pin").empty(); },
+                                NY_GUI_TEST_WAIT_MS));
     NyTestType("ab");
     EXPECT_TRUE(WaitLabel(Counter(2)));
     NyTestKey("BackSpace BackSpace");

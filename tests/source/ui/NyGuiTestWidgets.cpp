@@ -25,7 +25,7 @@ GtkWidget* FindIn(GtkWidget* pWidget, const char* szId) {
 
 void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
     if (GTK_IS_ENTRY(pWidget) && !gtk_entry_get_visibility(GTK_ENTRY(pWidget)) &&
-        gtk_widget_get_visible(pWidget)) {
+        gtk_widget_get_mapped(pWidget)) {
         pvTexts->push_back(gtk_entry_get_text(GTK_ENTRY(pWidget)));
     }
     if (GTK_IS_CONTAINER(pWidget)) {
@@ -172,4 +172,13 @@ std::vector<std::string> NyGuiTestPinTexts() {
     g_list_free(pWindows);
     gdk_threads_leave();
     return vTexts;
+}
+
+std::string NyGuiTestEntryEndIcon(const char* szId) {
+    std::string strIcon;
+    WithWidget(szId, [&](GtkWidget* p) {
+        const gchar* szStock = gtk_entry_get_icon_stock(GTK_ENTRY(p), GTK_ENTRY_ICON_SECONDARY);
+        strIcon = szStock != nullptr ? szStock : "";
+    });
+    return strIcon;
 }

@@ -30,6 +30,9 @@ bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool 
 // Texts of every entry on screen that hides what is typed (the PIN entries), in tree order.
 std::vector<std::string> NyGuiTestPinTexts();
 
+// Stock id of the icon an entry shows at its end ("" for none).
+std::string NyGuiTestEntryEndIcon(const char* szId);
+
 // Screen coordinates of a widget's centre; false when it is not on screen.
 bool NyGuiTestWidgetCentre(const char* szId, int* piX, int* piY);
 

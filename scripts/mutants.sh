@@ -75,7 +75,7 @@ main-level ~~ source/MainServer.cpp ~~ test_source_service ~~ return u4Result !=
 svc-wipe-answer ~~ source/GUIService.cpp ~~ test_source_service ~~ // Never let a clear answer (it may hold PINs) out of a protected exchange.\n                NyMemSafeClear(pResp, sizeof(*pResp)); ~~ // Never let a clear answer (it may hold PINs) out of a protected exchange.
 svc-protect-answer ~~ source/GUIService.cpp ~~ test_source_service ~~ if (u4Result == NY_OK && bProtected) { ~~ if (u4Result == NY_OK && !bProtected) {
 session-guid ~~ source/SessionManager.cpp ~~ test_source_service ~~ size_t cchCopy = strnlen(szSrc, cchDest - 1); ~~ size_t cchCopy = strnlen(szSrc, cchDest - 2);
-ui-filter-skip ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr)) { ~~ if (false) {
+ui-filter-skip ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr)) { ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr) && false) {
 ui-space-edge ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ bAdmitted = iCursor != 0 && iCursor != iEnd; ~~ bAdmitted = iCursor != iEnd;
 EOF
 )

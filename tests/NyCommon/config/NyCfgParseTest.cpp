@@ -135,6 +135,7 @@ TEST(NyCfgParse, TreeAddValueWritesASlotOnceAndChecksBounds) {
     EXPECT_EQ(u4Length, 2u);
     EXPECT_EQ(pTree->pGroups[7].pItems[4095].pLeaves[63].pu1Value[2], 0) << "NUL appended";
     EXPECT_EQ(CfgTreeGetValue(pTree, 7, 4095, 62, &u4Type, au1Out, &u4Length), NY_ERR_NOT_FOUND);
+    EXPECT_EQ(CfgTreeGetValue(pTree, 7, 4095, 64, &u4Type, au1Out, &u4Length), NY_ERR_NOT_FOUND);
     EXPECT_EQ(CfgTreeGetValue(pTree, 6, 0, 0, &u4Type, au1Out, &u4Length), NY_ERR_NOT_FOUND);
     CfgTreeDestroy(pTree);
 }

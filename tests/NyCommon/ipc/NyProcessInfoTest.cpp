@@ -23,17 +23,16 @@ TEST(NyProcessInfoTest, InfoNamesThisExecutableAndUser) {
 }
 
 TEST(NyProcessInfoTest, StartTimeLinesBecomeDateAndClockDigits) {
+    // clang-format off
     const struct {
         const char* szLine;
         const char* szExpected;  // null: the line is refused
-    } aCases[] = {{"Mon#Jan#15#103045#2024\n", "20240115103045"},
-                  {"Sun#Dec#31#235959#1999", "19991231235959"},
-                  {"Tue#Feb#3#000501#2026\n", "20260203000501"},
-                  {"Wed#Jun#9#070000#2021", "20210609070000"},
-                  {"Mon#Foo#15#103045#2024", nullptr},
-                  {"Mon#Jan#15#103045", nullptr},
-                  {"", nullptr},
-                  {"Mon#Jan#32#103045#2024", nullptr}};
+    } aCases[] = {
+        {"Mon#Jan#15#103045#2024\n", "20240115103045"},
+        {"Sun#Dec#31#235959#1999", "19991231235959"}, {"Tue#Feb#3#000501#2026\n", "20260203000501"},
+        {"Wed#Jun#9#070000#2021", "20210609070000"}, {"Mon#Foo#15#103045#2024", nullptr},
+        {"Mon#Jan#15#103045", nullptr}, {"", nullptr}, {"Mon#Jan#32#103045#2024", nullptr}};
+    // clang-format on
     for (const auto& c : aCases) {
         char szTime[NY_PROCESS_START_TIME_SIZE] = {};
         uint32_t u4Result = ParseProcessStartTime(c.szLine, szTime, sizeof(szTime));

@@ -40,7 +40,7 @@ TEST(NyIpcNameTest, PathsCarryTheKindPrefixReplaceSeparatorsAndFitTheBuffer) {
     } aCases[] = {
         {"chan", NY_FILE_KIND_MUTEX, "mtx.chan"}, {"chan", NY_FILE_KIND_SHM, "shm.chan"},
         {"chan", 0, "chan"}, {"chan", 9, "chan"}, {"a/b\\c d", NY_FILE_KIND_SHM, "shm.a_b_c_d"},
-        {" ", NY_FILE_KIND_MUTEX, "mtx.__"}, {"", NY_FILE_KIND_SHM, nullptr},
+        {"  ", NY_FILE_KIND_MUTEX, "mtx.__"}, {"", NY_FILE_KIND_SHM, nullptr},
         {nullptr, NY_FILE_KIND_SHM, nullptr}};
     // clang-format on
     for (const auto& c : aCases) {

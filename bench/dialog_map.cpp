@@ -87,7 +87,7 @@ private:
 // One private display for the whole program.
 CNyTestDisplay& Display() {
     static CNyTestDisplay s_display;
-    static bool s_bStarted = s_display.Start(false, false);
+    static bool s_bStarted = (s_display.Start(false, false), true);
     (void)s_bStarted;
     return s_display;
 }

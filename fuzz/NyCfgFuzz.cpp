@@ -1,10 +1,11 @@
 // Arbitrary bytes as a configuration image: parsing either fails cleanly or yields a handle
 // whose every entry can be read in every language, and the string size contract holds.
+#include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
+#include "NyFuzzCheck.h"
 #include "config/NyCfg.h"
 #include "config/NyCfgIds.h"
 #include "runtime/NyResult.h"
@@ -12,12 +13,6 @@
 namespace {
 
 constexpr uint32_t NY_FUZZ_MAX_IDS = 512;
-
-void FuzzCheck(bool bCondition) {
-    if (!bCondition) {
-        abort();
-    }
-}
 
 // A text read with a size query and then exactly that size must come back whole.
 void FuzzReadString(BlkCfgHandleTag* hCfg, uint32_t u4Id) {
@@ -27,13 +22,13 @@ void FuzzReadString(BlkCfgHandleTag* hCfg, uint32_t u4Id) {
     }
     std::vector<char> vText(u4Size + 1, '\x7F');
     unsigned int u4Length = u4Size;
-    FuzzCheck(NyCfgGetString(hCfg, u4Id, vText.data(), &u4Length) == NY_OK);
-    FuzzCheck(u4Length == u4Size && strlen(vText.data()) + 1 == u4Size);
-    FuzzCheck(vText[u4Size] == '\x7F');
+    NyFuzzCheck(NyCfgGetString(hCfg, u4Id, vText.data(), &u4Length) == NY_OK);
+    NyFuzzCheck(u4Length == u4Size && strlen(vText.data()) + 1 == u4Size);
+    NyFuzzCheck(vText[u4Size] == '\x7F');
     if (u4Size > 1) {
         u4Length = u4Size - 1;
-        FuzzCheck(NyCfgGetString(hCfg, u4Id, vText.data(), &u4Length) == NY_ERR_BUFFER_TOO_SMALL);
-        FuzzCheck(u4Length == u4Size);
+        NyFuzzCheck(NyCfgGetString(hCfg, u4Id, vText.data(), &u4Length) == NY_ERR_BUFFER_TOO_SMALL);
+        NyFuzzCheck(u4Length == u4Size);
     }
 }
 
@@ -54,22 +49,18 @@ void FuzzReadEntry(BlkCfgHandleTag* hCfg, uint32_t u4Id) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
-    if (cbData > 0xFFFFFFFFu) {
-        return 0;
-    }
     BlkCfgHandleTag* hCfg = nullptr;
     uint32_t u4Result = NyCfgInit(pu1Data, static_cast<uint32_t>(cbData), &hCfg);
-    FuzzCheck((u4Result == NY_OK) == (hCfg != nullptr));
+    NyFuzzCheck((u4Result == NY_OK) == (hCfg != nullptr));
     if (hCfg == nullptr) {
         return 0;
     }
     uint32_t u4Count = 0;
-    FuzzCheck(NyCfgListIds(pu1Data, static_cast<uint32_t>(cbData), nullptr, &u4Count) == NY_OK);
+    NyFuzzCheck(NyCfgListIds(pu1Data, static_cast<uint32_t>(cbData), nullptr, &u4Count) == NY_OK);
     std::vector<uint32_t> vIds(u4Count);
-    FuzzCheck(NyCfgListIds(pu1Data, static_cast<uint32_t>(cbData), vIds.data(), &u4Count) == NY_OK);
-    if (vIds.size() > NY_FUZZ_MAX_IDS) {
-        vIds.resize(NY_FUZZ_MAX_IDS);
-    }
+    NyFuzzCheck(NyCfgListIds(pu1Data, static_cast<uint32_t>(cbData), vIds.data(), &u4Count) ==
+                NY_OK);
+    vIds.resize(std::min<size_t>(vIds.size(), NY_FUZZ_MAX_IDS));
     // One language per input keeps each run short; the length picks it.
     NyCfgSetLangId(hCfg, static_cast<uint32_t>(cbData % 4));
     for (uint32_t u4Id : vIds) {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string>
 
+#include "NyFuzzCheck.h"
 #include "ipc/NyIpcHandle.h"
 #include "ipc/NyIpcName.h"
 #include "ipc/NyProcessInfo.h"
@@ -14,22 +15,16 @@
 
 namespace {
 
-void Check(bool bCondition) {
-    if (!bCondition) {
-        abort();
-    }
-}
-
 void CheckPath(const std::string& strName, uint32_t u4Kind, uint32_t cchPath) {
     char* szPath = static_cast<char*>(malloc(cchPath == 0 ? 1 : cchPath));
     bool bOk = FileName2Path(strName.c_str(), u4Kind, szPath, cchPath);
     const size_t cchDir = strlen(NY_IPC_DIRECTORY);
     const size_t cchPrefix = (u4Kind == NY_FILE_KIND_MUTEX || u4Kind == NY_FILE_KIND_SHM) ? 4 : 0;
-    Check(bOk == (!strName.empty() && cchDir + cchPrefix + strName.size() + 1 <= cchPath));
+    NyFuzzCheck(bOk == (!strName.empty() && cchDir + cchPrefix + strName.size() + 1 <= cchPath));
     if (bOk) {
-        Check(strlen(szPath) == cchDir + cchPrefix + strName.size());
-        Check(strncmp(szPath, NY_IPC_DIRECTORY, cchDir) == 0);
-        Check(strpbrk(szPath + cchDir, "/\\ ") == nullptr);
+        NyFuzzCheck(strlen(szPath) == cchDir + cchPrefix + strName.size());
+        NyFuzzCheck(strncmp(szPath, NY_IPC_DIRECTORY, cchDir) == 0);
+        NyFuzzCheck(strpbrk(szPath + cchDir, "/\\ ") == nullptr);
     }
     free(szPath);
 }
@@ -47,19 +42,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* pu1Data, size_t cbData) {
     strName.resize(strlen(strName.c_str()));
 
     uint32_t u4Key = UnixName2Key(u4Kind, strName.c_str());
-    Check(u4Key <= 0x7FFFFFFFu);
-    Check(!strName.empty() || u4Key == 0);
+    NyFuzzCheck(u4Key <= 0x7FFFFFFFu);
+    NyFuzzCheck(!strName.empty() || u4Key == 0);
     CheckPath(strName, u4Kind, cchPath);
 
     char szTime[NY_PROCESS_START_TIME_SIZE];
     if (ParseProcessStartTime(strName.c_str(), szTime, sizeof(szTime)) == NY_OK) {
-        Check(strlen(szTime) == NY_PROCESS_START_TIME_SIZE - 1);
+        NyFuzzCheck(strlen(szTime) == NY_PROCESS_START_TIME_SIZE - 1);
     }
 
     uint32_t u4Tag = 0;
     memcpy(&u4Tag, pu1Data, cbData < sizeof(u4Tag) ? cbData : sizeof(u4Tag));
     uint8_t au1Record[sizeof(u4Tag)] = {};
     memcpy(au1Record, pu1Data, cbData < sizeof(au1Record) ? cbData : sizeof(au1Record));
-    Check((NyIpcCheckHandle(au1Record, NY_SHM_TAG) == NY_OK) == (u4Tag == NY_SHM_TAG));
+    NyFuzzCheck((NyIpcCheckHandle(au1Record, NY_SHM_TAG) == NY_OK) == (u4Tag == NY_SHM_TAG));
     return 0;
 }

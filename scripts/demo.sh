@@ -7,9 +7,11 @@
 # screenshot of the dialog as demo.png in the current directory, presses Enter and prints the
 # answer.
 set -euo pipefail
+# The dialogs' texts are UTF-8 whatever the machine's locale (a fresh system has none set).
+export LC_ALL=C.UTF-8
 root=$(cd "$(dirname "$0")/.." && pwd)
-"$root/scripts/install-deps.sh"
-"$root/scripts/build.sh" normal
+"$root/scripts/install-deps.sh" run build
+"$root/scripts/build.sh" demo
 bin="$root/build/bin"
 request=(verify --min 6 --max 16)
 
@@ -53,7 +55,9 @@ wait_for 10 sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
 "$bin/ukey-uictl" "${request[@]}" >"$work/answer" 2>&1 &
 uictl=$!
 pids+=($uictl)
-window=$(timeout 30 xdotool search --sync --onlyvisible --name 'UKey' | tail -n1)
+# The server's window, by its class (the title is in the product language).
+window=$(timeout 30 xdotool search --sync --onlyvisible --classname '^ukey-uiserver$' | tail -n1)
+[[ -n "$window" ]] || { echo "demo: the dialog did not appear" >&2; cat "$work/answer" >&2; exit 1; }
 sleep 0.5  # the dialog takes the keyboard once mapped
 xdotool type --delay 40 'abc123'
 # The dialog with its title bar: the client's place widened by the window manager's frame.
@@ -62,7 +66,17 @@ read -r X Y WIDTH HEIGHT < <(xwininfo -id "$window" | awk '
     /Width:/ {w = $NF} /Height:/ {h = $NF} END {print x, y, w, h}')
 read -r left right top bottom < <(xprop -id "$window" _NET_FRAME_EXTENTS | tr -dc '0-9 ' | xargs)
 fw=$((WIDTH + left + right)) fh=$((HEIGHT + top + bottom)) fx=$((X - left)) fy=$((Y - top))
-import -window root -crop "${fw}x${fh}+${fx}+${fy}" +repage demo.png
+# The dialog redraws after the last key (dots, the typed-characters counter, OK's state): take
+# pictures until two in a row are the same.
+shot() { import -window root -crop "${fw}x${fh}+${fx}+${fy}" +repage "$1"; }
+shot "$work/shot.png"
+for ((i = 0; i < 50; i++)); do
+    sleep 0.2
+    mv "$work/shot.png" "$work/previous.png"
+    shot "$work/shot.png"
+    cmp -s "$work/shot.png" "$work/previous.png" && break
+done
+cp "$work/shot.png" demo.png
 echo "demo: typed the PIN abc123; screenshot saved as $PWD/demo.png"
 xdotool key Return
 wait "$uictl"

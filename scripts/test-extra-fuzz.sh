@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Builds every libFuzzer target (fuzz/*.cpp) with clang, ASan and UBSan in build-fuzz and runs
-# each for a bounded time (NY_FUZZ_SECONDS, default 30) from its seeds. Fails when a target
+# each for a bounded time (NY_FUZZ_SECONDS, default 20) from its seeds. Fails when a target
 # finds a crash, a leak or a failed check; the reproducer is left in build-fuzz/fuzz/findings.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 dir="$root/build-fuzz"
-seconds=${NY_FUZZ_SECONDS:-30}
+seconds=${NY_FUZZ_SECONDS:-20}
 
 shopt -s nullglob
 sources=("$root"/fuzz/*.cpp)

@@ -18,6 +18,8 @@ namespace {
 
 constexpr uint32_t SESSION_PROBE_MS = 500;
 constexpr uint32_t STOP_SETTLE_MS = 10;
+// How often the client of a dialog running on the session thread is checked.
+constexpr uint32_t CLIENT_WATCH_MS = 100;
 
 std::atomic<bool> s_bDialogsAvailable{true};
 
@@ -250,7 +252,7 @@ uint32_t GUIService::RunHeldDialog(uint32_t u4Mode) {
     if (u4Mode == UI_MODE_ASYNC) {
         return m_pUi->StartThread(UiModalThreadEntry);
     }
-    return m_pUi->RunHere();
+    return m_pUi->RunHere([this] { return IsSessionAvaliable() != 0; }, CLIENT_WATCH_MS);
 }
 
 void* GUIService::UiModalThreadEntry(void* pvDialog) {
@@ -295,10 +297,13 @@ void GUIService::TerminateUi() {
         // that lock until it returns.
         m_pUi->StopAndWaitForRun();
         NY_LOG(LOG_TRACE, "CUiService::TerminateUi() stop end");
-        // No dialog callback may run while the dialog is destroyed.
-        g_mutex_lock(&GUIBase::s_GuiMutex);
+        // No dialog callback may run while the dialog is destroyed. The GDK lock guards that
+        // (its run has returned, so only GTK could still reach it); the one-dialog lock is not
+        // taken here, since the next session's dialog holds it for its whole run and the
+        // terminate would otherwise wait for someone else's dialog to close.
+        gdk_threads_enter();
         ReleaseDialog();
-        g_mutex_unlock(&GUIBase::s_GuiMutex);
+        gdk_threads_leave();
     }
     NY_LOG(LOG_TRACE, "CUiService::TerminateUi() leave");
 }

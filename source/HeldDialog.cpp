@@ -2,6 +2,10 @@
 
 #include <pthread.h>
 
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
 #include "os/NyOs.h"
 #include "runtime/NyResult.h"
 
@@ -23,8 +27,34 @@ CHeldDialog::~CHeldDialog() {
     }
 }
 
-uint32_t CHeldDialog::RunHere() {
-    return m_pDialog->run();
+uint32_t CHeldDialog::RunHere(const std::function<bool()>& fnClientAlive, uint32_t u4WatchMs) {
+    std::mutex mtxDone;
+    std::condition_variable cvDone;
+    bool bDone = false;
+    std::thread watcher([&] {
+        std::unique_lock<std::mutex> lock(mtxDone);
+        bool bClientGone = false;
+        while (
+            !cvDone.wait_for(lock, std::chrono::milliseconds(u4WatchMs), [&] { return bDone; })) {
+            // The check may take a while (it probes the channel): not under the lock.
+            lock.unlock();
+            bClientGone = bClientGone || !fnClientAlive();
+            if (bClientGone) {
+                // Repeated until the run returns: a stop that comes before the main loop runs
+                // may be lost.
+                m_pDialog->stop();
+            }
+            lock.lock();
+        }
+    });
+    uint32_t u4Result = m_pDialog->run();
+    {
+        std::lock_guard<std::mutex> lock(mtxDone);
+        bDone = true;
+    }
+    cvDone.notify_one();
+    watcher.join();
+    return u4Result;
 }
 
 uint32_t CHeldDialog::StartThread(PFN_NY_THREAD_ENTRY pfnEntry) {

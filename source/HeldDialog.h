@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "CConfig.h"
@@ -23,8 +24,10 @@ public:
     // True while a run started by StartThread has not returned.
     bool IsRunning() const { return m_bRunning.load(); }
 
-    // Runs the dialog on the calling thread until it ends.
-    uint32_t RunHere();
+    // Runs the dialog on the calling thread until it ends. While it runs, fnClientAlive is
+    // asked every u4WatchMs from a watcher thread; once it answers false the dialog is stopped
+    // (a run never outlives the client it answers).
+    uint32_t RunHere(const std::function<bool()>& fnClientAlive, uint32_t u4WatchMs);
     // Starts pfnEntry(this) on a thread of its own; the entry calls RunOnThread and then
     // EndThreadRun.
     uint32_t StartThread(PFN_NY_THREAD_ENTRY pfnEntry);

@@ -3,6 +3,8 @@
 #include <errno.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
 #include <mutex>
 
@@ -20,13 +22,43 @@ std::atomic<uint32_t> m_bStopServer{0};
 namespace {
 
 constexpr uint32_t MAIN_BUFFER_SIZE = 4096;
-constexpr uint32_t LISTEN_RETRY_MS = 1;
+constexpr uint32_t LISTEN_RETRY_MS = 5;
 
 // The request loop and the keep-alive thread both use the main channel; the keep-alive closes
 // and re-opens it. The lock keeps a listen or notify from running on a channel being closed;
 // the flag makes the loop step aside so that the keep-alive gets the lock promptly.
 std::mutex m_mtxServerSession;
 std::atomic<bool> m_bServerSessionWanted{false};
+
+// Wakes the keep-alive thread at once when the request loop finds its channel failing. Made
+// once and never destroyed: the keep-alive thread still waits on it while the process exits.
+struct BlkKeepAliveWakeTag {
+    std::mutex mtx;
+    std::condition_variable cv;
+    bool bWake = false;
+};
+
+BlkKeepAliveWakeTag& KeepAliveWake() {
+    static BlkKeepAliveWakeTag* s_pWake = new BlkKeepAliveWakeTag;
+    return *s_pWake;
+}
+
+void WakeKeepAlive() {
+    BlkKeepAliveWakeTag& blkWake = KeepAliveWake();
+    {
+        std::lock_guard<std::mutex> lock(blkWake.mtx);
+        blkWake.bWake = true;
+    }
+    blkWake.cv.notify_all();
+}
+
+void SleepUntilProbe() {
+    BlkKeepAliveWakeTag& blkWake = KeepAliveWake();
+    std::unique_lock<std::mutex> lock(blkWake.mtx);
+    blkWake.cv.wait_for(lock, std::chrono::milliseconds(KEEP_ALIVE_PERIOD_MS),
+                        [&blkWake] { return blkWake.bWake; });
+    blkWake.bWake = false;
+}
 
 uint32_t ListenMain(uint8_t* pu1Req, uint32_t* pu4Size) {
     if (m_bServerSessionWanted.load()) {
@@ -74,8 +106,10 @@ void CloseMainSessionLocked() {
     }
 }
 
-// Connects to the main session as a client would. Within this process the connection is the
-// server's own channel record, so it is released only when it is a different one.
+// Connects to the main session as a client would (within this process that asks the channel's
+// heartbeat thread, which fails once its event sets are gone), and looks at the channel's
+// objects themselves: files that were removed, or replaced, leave a channel that no new client
+// can reach although this process still serves its own copy.
 bool ProbeMainSession(const BlkCommInitParamTag& blkInit) {
     return WithMainChannel([&blkInit]() -> uint32_t {
                NY_COMM_HANDLE hProbe = nullptr;
@@ -83,7 +117,11 @@ bool ProbeMainSession(const BlkCommInitParamTag& blkInit) {
                if (u4Result == NY_OK && hProbe != m_hServerSession.load()) {
                    NyCommDisconnect(hProbe);
                }
-               return u4Result;
+               EnBool enIntact = NY_FALSE;
+               if (u4Result == NY_OK) {
+                   u4Result = NyCommIsIntact(m_hServerSession.load(), &enIntact);
+               }
+               return u4Result == NY_OK && enIntact == NY_TRUE ? NY_OK : NY_ERR_COMM_NOT_CONNECTED;
            }) == NY_OK;
 }
 
@@ -119,6 +157,21 @@ void CopyMainSessionName(const char* szArg, char (&szName)[MAIN_SESSION_NAME_BUF
     }
 }
 
+// Connecting fails at once when no live process holds the region (a server killed with no
+// client left); a region that only clients hold gets the probe's time to beat.
+EnBool IsMainSessionServedElsewhere(const char* szSessionName) {
+    BlkCommInitParamTag blkInit;
+    if (szSessionName == nullptr || !NySessionFillInitParam(szSessionName, &blkInit)) {
+        return NY_FALSE;
+    }
+    NY_COMM_HANDLE hProbe = nullptr;
+    if (NyCommConnect(&blkInit, MAIN_SESSION_ALIVE_PROBE_MS, &hProbe) != NY_OK) {
+        return NY_FALSE;
+    }
+    NyCommDisconnect(hProbe);
+    return NY_TRUE;
+}
+
 uint32_t CreateMainSession(const char* szSessionName) {
     return WithMainChannel([szSessionName]() { return CreateMainSessionLocked(szSessionName); });
 }
@@ -149,6 +202,12 @@ uint32_t ProcessRequestSer(const uint8_t* pu1Req, uint32_t u4ReqSize, uint8_t* p
         case MAIN_REQ_START_SESSION:
             NY_LOG(LOG_TRACE, "CUiServerExe: uClientPid = %d, uInteractionID = %08X",
                    static_cast<int>(blkReq.uClientPid), blkReq.uInteractionID);
+            // No process has id 0: such a session could never see its client end. Refused.
+            if (blkReq.uClientPid == 0) {
+                u4Result = NY_ERR_BAD_ARGUMENT;
+                blkResp.u4Status = MAIN_STATUS_START_FAILED;
+                break;
+            }
             u4Result = StartSession(blkReq.uInteractionID, blkReq.uClientPid, blkResp.szSessionName,
                                     sizeof(blkResp.szSessionName));
             blkResp.u4Status = u4Result == NY_OK ? MAIN_STATUS_DONE : MAIN_STATUS_START_FAILED;
@@ -182,8 +241,9 @@ uint32_t ServerThreadEntry() {
         u4Result = ListenMain(au1Req, &u4ReqSize);
         if (u4Result != NY_OK) {
             // A plain time-out has already waited; any other failure (a channel being
-            // re-created, or lost until the keep-alive notices) would otherwise spin.
+            // re-created, or lost) wakes the keep-alive's repair and pauses a moment.
             if (u4Result != EAGAIN) {
+                WakeKeepAlive();
                 NyOsSleep(LISTEN_RETRY_MS);
             }
             continue;
@@ -221,6 +281,6 @@ void* ThreadKeepAlive(void* pvSessionName) {
             NY_LOG(LOG_INFO, "ThreadKeepAlive: connect session failed");
             RecreateMainSession(szName);
         }
-        sleep(KEEP_ALIVE_PERIOD_S);
+        SleepUntilProbe();
     }
 }

@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
-#include <set>
+#include <string>
 #include <vector>
 
 #include "GUIService.h"
+#include "SessionRegistry.h"
 #include "comm/NyCommunication.h"
 #include "log/NyLog.h"
 #include "os/NyOs.h"
@@ -23,8 +24,17 @@ namespace {
 std::mutex m_mtxSessionManager;
 std::map<uint32_t, BlkSessionInfoTag> m_mapSessionManager;
 // Every session whose thread still runs, in the table or replaced there by a newer session for
-// the same id; guarded by the same lock.
-std::set<std::shared_ptr<GUIService>> m_setLiveServices;
+// the same id, with its channel name; guarded by the same lock.
+std::map<std::shared_ptr<GUIService>, std::string> m_mapLiveServices;
+
+// Called with the lock held, whenever the live sessions change.
+void PublishLiveSessions() {
+    std::vector<std::string> vNames;
+    for (const auto& entry : m_mapLiveServices) {
+        vNames.push_back(entry.second);
+    }
+    SessionRegistryWrite(vNames);
+}
 
 // What a session thread is started with: its table key and its share of the service.
 struct BlkSessionThreadArgTag {
@@ -74,7 +84,8 @@ uint32_t StartServiceThread(uint32_t u4InteractionId, const char* szGuid,
         delete pArg;
         return NY_ERR_INVALID_ARGUMENT;
     }
-    m_setLiveServices.insert(pService);
+    m_mapLiveServices.emplace(pService, szGuid);
+    PublishLiveSessions();
     auto it = m_mapSessionManager.find(u4InteractionId);
     if (it != m_mapSessionManager.end()) {
         // The older session runs on until its client ends; only its table entry goes.
@@ -145,7 +156,8 @@ void* SessionThreadEntry(void* pvSession) {
             NyThreadCloseHandle(it->second.hThread);
             m_mapSessionManager.erase(it);
         }
-        m_setLiveServices.erase(pArg->pService);
+        m_mapLiveServices.erase(pArg->pService);
+        PublishLiveSessions();
     }
     pArg.reset();
     return reinterpret_cast<void*>(static_cast<uintptr_t>(u4Result));
@@ -161,9 +173,9 @@ void StopAllSessions() {
             NyThreadCloseHandle(entry.second.hThread);
         }
         m_mapSessionManager.clear();
-        for (const auto& pService : m_setLiveServices) {
-            if (std::find(vStop.begin(), vStop.end(), pService) == vStop.end()) {
-                vStop.push_back(pService);
+        for (const auto& entry : m_mapLiveServices) {
+            if (std::find(vStop.begin(), vStop.end(), entry.first) == vStop.end()) {
+                vStop.push_back(entry.first);
             }
         }
     }
@@ -177,7 +189,7 @@ bool WaitForSessionsToEnd(uint32_t u4TimeoutMs) {
     for (;;) {
         {
             std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-            if (m_setLiveServices.empty()) {
+            if (m_mapLiveServices.empty()) {
                 return true;
             }
         }

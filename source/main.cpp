@@ -2,10 +2,16 @@
 #include <X11/Xlib.h>
 #include <gtk/gtk.h>
 #include <signal.h>
+#include <stdio.h>
+#include <string.h>
+
+#include <cstdio>
 
 #include "GUIService.h"
 #include "MainServer.h"
+#include "NyVersion.h"
 #include "SessionManager.h"
+#include "SessionRegistry.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "os/NyThread.h"
@@ -41,6 +47,9 @@ void InitGui(int* piArgc, char*** pppArgv) {
     }
 }
 
+// Exit code of a server that found its main channel served by another live server.
+constexpr int EXIT_CHANNEL_BUSY = 3;
+
 uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
     uint32_t u4Result = CreateMainSession(szName);
     if (u4Result != NY_OK) {
@@ -63,15 +72,46 @@ uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
     return u4Result;
 }
 
+// "--help" and "--version" are answered here (no client names its main session that way).
+bool AnswerInfoOption(int argc, char** argv) {
+    if (argc == 2 && strcmp(argv[1], "--version") == 0) {
+        printf("ukey-uiserver %s\n", NY_VERSION_STRING);
+        return true;
+    }
+    if (argc == 2 && strcmp(argv[1], "--help") == 0) {
+        printf(
+            "Usage: ukey-uiserver MAIN_SESSION_NAME\n"
+            "The UI server: shows PIN and message dialogs for the clients of the main\n"
+            "session MAIN_SESSION_NAME. Its clients start it; SIGTERM or SIGINT ends it.\n"
+            "  --help     print this help and exit\n"
+            "  --version  print the version and exit\n");
+        return true;
+    }
+    return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (AnswerInfoOption(argc, argv)) {
+        return 0;
+    }
     NY_LOG(LOG_INFO, "start UI server!");
     InitGui(&argc, &argv);
     NyCommonLibInit();
     InstallStopSignals();
+    // Session channels that a killed server of this executable left, and nobody holds, go.
+    SessionRegistryClearDead();
     static char szName[MAIN_SESSION_NAME_BUFFER];
     CopyMainSessionName(argc > 1 ? argv[1] : nullptr, szName);
+    // Two servers on one channel would each answer some of its requests: a live one keeps it.
+    if (szName[0] != '\0' && IsMainSessionServedElsewhere(szName) == NY_TRUE) {
+        fprintf(stderr,
+                "ukey-uiserver: main session channel \"%s\" is served by a running server\n",
+                szName);
+        NyCommonLibRelease();
+        return EXIT_CHANNEL_BUSY;
+    }
     Serve(szName);
     return static_cast<int>(NyCommonLibRelease());
 }

@@ -7,6 +7,7 @@
 #include "runtime/NyTypes.h"
 
 class CCommHeartBeat;
+class CCommAnswerGuard;
 
 struct BlkCommShmInfoTag {
     NY_SHM_HANDLE hShareMem;  // also the channel handle
@@ -15,6 +16,8 @@ struct BlkCommShmInfoTag {
     NY_EVENT_HANDLE hEventResponse;
     char szName[COMM_NAME_SIZE];
     NY_EVENT_HANDLE hEventConnected;
-    EnBool bIsServer;            // NY_TRUE in the process that created the channel
-    CCommHeartBeat* pHeartBeat;  // the heartbeat thread; server side only, else null
+    EnBool bIsServer;                // NY_TRUE in the process that created the channel
+    CCommHeartBeat* pHeartBeat;      // the heartbeat thread; server side only, else null
+    CCommAnswerGuard* pAnswerGuard;  // server side only, else null
+    uint64_t au8FileIds[4];          // server side: device and inode of the region and mutex files
 };

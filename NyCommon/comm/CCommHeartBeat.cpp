@@ -2,6 +2,10 @@
 
 #include <pthread.h>
 
+#include <chrono>
+
+#include "comm/CCommAnswerGuard.h"
+#include "comm/NyCommunication.h"
 #include "ipc/NyEvent.h"
 #include "os/NyOs.h"
 
@@ -9,11 +13,19 @@ namespace {
 
 // How long Stop() waits for the thread to notice the request before NyThreadEnd takes over.
 constexpr uint32_t HEARTBEAT_STOP_POLLS = 100;
+// A beat older than this no longer counts as the thread's own sign of life.
+constexpr uint64_t HEARTBEAT_STALE_MS = 100;
 
 }  // namespace
 
-CCommHeartBeat::CCommHeartBeat(NY_EVENT_HANDLE hConnected)
-    : m_hConnected(hConnected), m_hThread(nullptr), m_u4Stop(0), m_u4Left(0) {}
+CCommHeartBeat::CCommHeartBeat(NY_EVENT_HANDLE hConnected, CCommAnswerGuard* pGuard)
+    : m_hConnected(hConnected),
+      m_pGuard(pGuard),
+      m_hThread(nullptr),
+      m_u4Stop(0),
+      m_u4Left(0),
+      m_u8FastUntil(0),
+      m_u8LastBeat(0) {}
 
 CCommHeartBeat::~CCommHeartBeat() {
     Stop();
@@ -22,6 +34,8 @@ CCommHeartBeat::~CCommHeartBeat() {
 uint32_t CCommHeartBeat::Start() {
     m_u4Stop = 0;
     m_u4Left = 0;
+    m_u8LastBeat = NyOsGetTickCount64();
+    m_u8FastUntil = NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS;
     return NyThreadBegin(&CCommHeartBeat::SessionHeartBeatThreadProc, this, &m_hThread);
 }
 
@@ -29,7 +43,11 @@ void CCommHeartBeat::Stop() {
     if (m_hThread == nullptr) {
         return;
     }
-    m_u4Stop = 1;
+    {
+        std::lock_guard<std::mutex> lock(m_mtxWake);
+        m_u4Stop = 1;
+    }
+    m_cvWake.notify_all();
     for (uint32_t u4Poll = 0; u4Poll < HEARTBEAT_STOP_POLLS && m_u4Left == 0; ++u4Poll) {
         NyOsSleep(1);
     }
@@ -40,16 +58,49 @@ void CCommHeartBeat::Stop() {
     m_hThread = nullptr;
 }
 
+void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
+    uint64_t u8Until = NyOsGetTickCount64() + u4FastMs;
+    if (m_u8FastUntil.load() < u8Until) {
+        m_u8FastUntil.store(u8Until);
+    }
+    m_cvWake.notify_all();
+}
+
+bool CCommHeartBeat::IsBeating() const {
+    return m_hThread != nullptr && m_u4Left.load() == 0 &&
+           NyOsGetTickCount64() - m_u8LastBeat.load() < HEARTBEAT_STALE_MS;
+}
+
+// Fast while asked to, and while an answer waits to be wiped.
+uint32_t CCommHeartBeat::NextPeriodMs() const {
+    bool bFast = NyOsGetTickCount64() < m_u8FastUntil.load() ||
+                 (m_pGuard != nullptr && m_pGuard->WipePending());
+    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : COMM_HEARTBEAT_PERIOD_MS;
+}
+
+void CCommHeartBeat::Pause(uint32_t u4Ms) {
+    std::unique_lock<std::mutex> lock(m_mtxWake);
+    if (m_u4Stop == 0) {
+        m_cvWake.wait_for(lock, std::chrono::milliseconds(u4Ms));
+    }
+}
+
+// A set releases one waiter; a beat here releases every client waiting for it (a connect
+// storm would otherwise get one client through per beat).
 void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
     CCommHeartBeat* pThis = static_cast<CCommHeartBeat*>(pvArg);
     uint32_t u4Result = 0;
     while (pThis->m_u4Stop == 0) {
-        u4Result = NyEventSet(pThis->m_hConnected);
+        u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES);
         if (u4Result != 0) {
             break;
         }
+        pThis->m_u8LastBeat.store(NyOsGetTickCount64());
+        if (pThis->m_pGuard != nullptr && pThis->m_pGuard->WipePending()) {
+            pThis->m_pGuard->TryWipe();
+        }
         pthread_testcancel();
-        NyOsSleep(COMM_HEARTBEAT_PERIOD_MS);
+        pThis->Pause(pThis->NextPeriodMs());
     }
     pThis->m_u4Left = 1;
     return reinterpret_cast<void*>(static_cast<uintptr_t>(u4Result));

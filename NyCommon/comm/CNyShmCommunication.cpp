@@ -1,11 +1,16 @@
 #include "comm/CNyShmCommunication.h"
 
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <new>
 
+#include <sys/stat.h>
+
+#include "comm/CCommAnswerGuard.h"
 #include "comm/CCommHeartBeat.h"
 #include "ipc/NyEvent.h"
+#include "ipc/NyIpcName.h"
 #include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
 #include "log/NyLog.h"
@@ -162,6 +167,11 @@ uint32_t CNyShmCommunication::OpenObjects(uint32_t u4Global, BlkCommShmInfoTag* 
 
 void CNyShmCommunication::DestroyRecord(BlkCommShmInfoTag* pInfo) {
     delete pInfo->pHeartBeat;  // ends the thread before the event it sets is closed
+    if (pInfo->pAnswerGuard != nullptr) {
+        // The last answer (it may hold PINs) does not outlive the server's use of the region.
+        pInfo->pAnswerGuard->WipeRegion();
+        delete pInfo->pAnswerGuard;
+    }
     NY_EVENT_HANDLE* aphEvents[] = {&pInfo->hEventRequest, &pInfo->hEventResponse,
                                     &pInfo->hEventConnected};
     for (NY_EVENT_HANDLE* phEvent : aphEvents) {
@@ -202,7 +212,17 @@ uint32_t CNyShmCommunication::StartLocked(const BlkCommInitParamTag& blkParam,
     if (u4Result != 0) {
         return u4Result;
     }
-    blkInfo.pHeartBeat = new (std::nothrow) CCommHeartBeat(blkInfo.hEventConnected);
+    ReadFileIds(blkInfo.szName, blkInfo.au8FileIds);
+    char szMutex[OBJECT_NAME_SIZE] = {};
+    char szMutexPath[NY_IPC_PATH_SIZE] = {};
+    NyStrPrintf(szMutex, sizeof(szMutex), "%s%s", blkInfo.szName, SZ_SUFFIX_MUTEX);
+    FileName2Path(szMutex, NY_FILE_KIND_MUTEX, szMutexPath, sizeof(szMutexPath));
+    blkInfo.pAnswerGuard =
+        new (std::nothrow) CCommAnswerGuard(blkInfo.hShareMem, blkInfo.hMutex, szMutexPath);
+    if (blkInfo.pAnswerGuard != nullptr) {
+        blkInfo.pHeartBeat =
+            new (std::nothrow) CCommHeartBeat(blkInfo.hEventConnected, blkInfo.pAnswerGuard);
+    }
     if (blkInfo.pHeartBeat == nullptr) {
         DestroyRecord(&blkInfo);
         return NY_ERR_OUT_OF_MEMORY;
@@ -244,6 +264,47 @@ uint32_t CNyShmCommunication::Connect(const BlkCommInitParamTag* pParam, uint32_
     return u4Result;
 }
 
+bool CNyShmCommunication::ReadFileIds(const char* szName, uint64_t (&au8Ids)[4]) {
+    char szMutex[OBJECT_NAME_SIZE] = {};
+    char szPath[NY_IPC_PATH_SIZE];
+    struct stat stFile = {};
+    const char* aszNames[2] = {szName, szMutex};
+    const uint32_t au4Kinds[2] = {NY_FILE_KIND_SHM, NY_FILE_KIND_MUTEX};
+    if (!NyStrPrintf(szMutex, sizeof(szMutex), "%s%s", szName, SZ_SUFFIX_MUTEX)) {
+        return false;
+    }
+    for (int i = 0; i < 2; ++i) {
+        if (!FileName2Path(aszNames[i], au4Kinds[i], szPath, sizeof(szPath)) ||
+            stat(szPath, &stFile) != 0) {
+            return false;
+        }
+        au8Ids[2 * i] = stFile.st_dev;
+        au8Ids[2 * i + 1] = stFile.st_ino;
+    }
+    return true;
+}
+
+uint32_t CNyShmCommunication::IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact) {
+    if (pbIntact == nullptr) {
+        return NY_ERR_INVALID_ARGUMENT;
+    }
+    *pbIntact = NY_FALSE;
+    CChannelUse use(m_sessionRecord, hSession);
+    if (!use.IsValid()) {
+        return NY_ERR_COMM_NOT_CONNECTED;
+    }
+    const BlkCommShmInfoTag& blkInfo = use.Info();
+    uint64_t au8Now[4] = {};
+    bool bIntact = blkInfo.bIsServer == NY_TRUE && ReadFileIds(blkInfo.szName, au8Now) &&
+                   memcmp(au8Now, blkInfo.au8FileIds, sizeof(au8Now)) == 0;
+    for (NY_EVENT_HANDLE hEvent :
+         {blkInfo.hEventRequest, blkInfo.hEventResponse, blkInfo.hEventConnected}) {
+        bIntact = bIntact && NyEventIsPresent(hEvent) == NY_TRUE;
+    }
+    *pbIntact = bIntact ? NY_TRUE : NY_FALSE;
+    return 0;
+}
+
 uint32_t CNyShmCommunication::ConnectNew(const BlkCommInitParamTag& blkParam, uint32_t u4TimeoutMs,
                                          NY_COMM_HANDLE* phSession) {
     BlkCommShmInfoTag blkInfo = {};
@@ -263,8 +324,13 @@ uint32_t CNyShmCommunication::ConnectNew(const BlkCommInitParamTag& blkParam, ui
     return 0;
 }
 
+// The server's own channel is asked through its heartbeat thread: waiting on the event here
+// would take a beat that a client is waiting for.
 uint32_t CNyShmCommunication::WaitForHeartBeat(const BlkCommShmInfoTag& blkInfo,
                                                uint32_t u4TimeoutMs) {
+    if (blkInfo.pHeartBeat != nullptr) {
+        return blkInfo.pHeartBeat->IsBeating() ? 0 : NY_ERR_COMM_NOT_CONNECTED;
+    }
     NyEventReset(blkInfo.hEventConnected);
     return NyEventWait(blkInfo.hEventConnected, u4TimeoutMs);
 }
@@ -383,20 +449,44 @@ uint32_t CNyShmCommunication::Listen(NY_COMM_HANDLE hSession, void* pBuffer, uin
         return u4Result;
     }
     NyEventReset(blkInfo.hEventRequest);
+    return TakeRequest(blkInfo, pBuffer, pu4Length);
+}
+
+// Only what a client wrote is served: a region that holds anything else (our own answer read
+// back, a request cut short, a stray set of the event) is dropped with one log line and never
+// answered; the caller sees it as a listen that found nothing.
+uint32_t CNyShmCommunication::TakeRequest(const BlkCommShmInfoTag& blkInfo, void* pBuffer,
+                                          uint32_t* pu4Length) {
     CRegionLock lock(blkInfo.hShareMem);
     BlkShmCommHeaderTag blkHeader = {};
-    u4Result = lock.Result();
+    uint32_t u4Size = 0;
+    uint32_t u4Result = lock.Result();
     if (u4Result == 0) {
         u4Result = ReadHeader(blkInfo.hShareMem, &blkHeader);
     }
+    if (u4Result == 0) {
+        u4Result = NyShareMemGetSize(blkInfo.hShareMem, &u4Size);
+    }
     if (u4Result != 0) {
         return u4Result;
+    }
+    if (blkHeader.u4Direction != COMM_DIRECTION_REQUEST ||
+        blkHeader.u4Command != COMM_COMMAND_REQUEST ||
+        static_cast<uint64_t>(blkHeader.u4DataLen) + COMM_HEADER_SIZE > u4Size) {
+        NY_LOG(LOG_INFO,
+               "CNyShmCommunication::Listen()->not a request, dropped: direction %u, command %u, "
+               "length %u",
+               blkHeader.u4Direction, blkHeader.u4Command, blkHeader.u4DataLen);
+        return static_cast<uint32_t>(EAGAIN);
     }
     // Requests are read from the fixed data offset, whatever the header says.
     blkHeader.u4DataOffset = COMM_DATA_OFFSET;
     u4Result = CopyData(blkInfo, blkHeader, pBuffer, *pu4Length);
     if (u4Result == 0 || u4Result == NY_ERR_BUFFER_TOO_SMALL) {
         *pu4Length = blkHeader.u4DataLen;
+    }
+    if (u4Result == 0 && blkInfo.pAnswerGuard != nullptr) {
+        blkInfo.pAnswerGuard->RequestTaken(blkHeader, pBuffer);
     }
     return u4Result;
 }
@@ -431,11 +521,34 @@ uint32_t CNyShmCommunication::InnerNotify(const BlkCommShmInfoTag& blkInfo,
             blkHeader.u4DataOffset = COMM_DATA_OFFSET;
         }
     }
-    u4Result = WriteMessage(blkInfo, blkHeader, blkNotify.pData);
-    if (u4Result != 0) {
-        return u4Result;
+    {
+        CRegionLock lock(blkInfo.hShareMem);
+        u4Result = lock.Result();
+        if (u4Result != 0) {
+            return u4Result;
+        }
+        // The request's client died and another one's request replaced it: that client must
+        // not get this answer, nor lose its request; the answer is dropped.
+        if (blkInfo.pAnswerGuard != nullptr && !blkInfo.pAnswerGuard->StillHoldsRequest()) {
+            NY_LOG(LOG_INFO, "CNyShmCommunication::InnerNotify()->request replaced, not answered");
+            return 0;
+        }
+        u4Result = WriteMessage(blkInfo, blkHeader, blkNotify.pData);
+        if (u4Result != 0) {
+            return u4Result;
+        }
+        if (blkInfo.pAnswerGuard != nullptr) {
+            blkInfo.pAnswerGuard->Answered(blkHeader);
+        }
     }
-    return NyEventSet(blkInfo.hEventResponse);
+    u4Result = NyEventSet(blkInfo.hEventResponse);
+    if (u4Result == 0 && blkInfo.pHeartBeat != nullptr) {
+        // The server shows it is alive the moment it answers (a client waits for a beat after
+        // every request), and beats fast for a few milliseconds after.
+        NyEventSet(blkInfo.hEventConnected);
+        blkInfo.pHeartBeat->BeatFast(COMM_HEARTBEAT_ANSWER_FAST_MS);
+    }
+    return u4Result;
 }
 
 uint32_t CNyShmCommunication::WaitForSingleSignal(NY_COMM_HANDLE hSession,

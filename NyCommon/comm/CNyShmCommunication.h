@@ -35,6 +35,9 @@ public:
                                 uint32_t u4TimeoutMs, void* pBuffer, uint32_t u4Capacity);
     uint32_t IsConnected(NY_COMM_HANDLE hSession, EnBool* pbConnected);
     uint32_t Disconnect(NY_COMM_HANDLE hSession);
+    // Server side: whether the channel's files are still the ones this process created and its
+    // event sets still exist (someone may remove them from outside).
+    uint32_t IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact);
 
     // Low-level request: writes blkHeader and its u4DataLen bytes of pData, sets the request
     // event, resets the response event and returns the result of waiting u4TimeoutMs for it.
@@ -69,6 +72,9 @@ private:
     static uint32_t GetResponse(const BlkCommShmInfoTag& blkInfo, void* pBuffer,
                                 uint32_t u4Capacity);
     static uint32_t WaitForAnswer(const BlkCommShmInfoTag& blkInfo);
+    static bool ReadFileIds(const char* szName, uint64_t (&au8Ids)[4]);
+    static uint32_t TakeRequest(const BlkCommShmInfoTag& blkInfo, void* pBuffer,
+                                uint32_t* pu4Length);
     static uint32_t WaitForHeartBeat(const BlkCommShmInfoTag& blkInfo, uint32_t u4TimeoutMs);
     static uint32_t InnerNotify(const BlkCommShmInfoTag& blkInfo,
                                 const BlkCommNotifyDataTag& blkNotify);

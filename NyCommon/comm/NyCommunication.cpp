@@ -41,10 +41,27 @@ uint32_t NyCommConnectAsServer(const BlkCommInitParamTag* pParam, NY_COMM_HANDLE
     return Logged(ShmCommunication().StartAsServer(pParam, phSession));
 }
 
+// A listen that keeps failing the same way (its channel pulled away) is retried many times a
+// second: its code is logged once, and once more with the count when the failure changes.
 uint32_t NyCommListen(NY_COMM_HANDLE hSession, void* pBuffer, uint32_t* pu4Length) {
+    thread_local uint32_t tu4LastFailure = 0;
+    thread_local uint32_t tu4Repeats = 0;
     uint32_t u4Result = ShmCommunication().Listen(hSession, pBuffer, pu4Length);
     // An idle server listens 50 times a second; its plain time-outs are not worth a record.
-    return u4Result == static_cast<uint32_t>(EAGAIN) ? u4Result : Logged(u4Result);
+    if (u4Result == static_cast<uint32_t>(EAGAIN)) {
+        return u4Result;
+    }
+    if (u4Result != 0 && u4Result == tu4LastFailure) {
+        ++tu4Repeats;
+        return u4Result;
+    }
+    if (tu4Repeats != 0) {
+        NY_LOG(LOG_INFO, "NyCommListen: u4Result = %08X repeated %u times", tu4LastFailure,
+               tu4Repeats);
+    }
+    tu4LastFailure = u4Result;
+    tu4Repeats = 0;
+    return Logged(u4Result);
 }
 
 uint32_t NyCommNotify(NY_COMM_HANDLE hSession, const BlkCommNotifyDataTag* pNotify) {
@@ -70,6 +87,10 @@ uint32_t NyCommWaitForSignal(NY_COMM_HANDLE hSession, EN_COMMUNICATION_SIGNAL en
 
 uint32_t NyCommIsConnected(NY_COMM_HANDLE hSession, EnBool* pbConnected) {
     return Logged(ShmCommunication().IsConnected(hSession, pbConnected));
+}
+
+uint32_t NyCommIsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact) {
+    return Logged(ShmCommunication().IsIntact(hSession, pbIntact));
 }
 
 uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession) {

@@ -79,5 +79,8 @@ uint32_t NyCommWaitForSignal(NY_COMM_HANDLE hSession, EN_COMMUNICATION_SIGNAL en
                              uint32_t u4TimeoutMs, void* pBuffer, uint32_t u4Capacity);
 // Whether the server's heartbeat arrives within 500 ms; returns that wait's code.
 uint32_t NyCommIsConnected(NY_COMM_HANDLE hSession, EnBool* pbConnected);
+// Server side: NY_TRUE in *pbIntact while the channel's files are the ones this process
+// created and its event sets exist.
+uint32_t NyCommIsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact);
 // Closes the channel in this process (and stops its heartbeat on the server side).
 uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession);

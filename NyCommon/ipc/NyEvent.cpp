@@ -36,6 +36,14 @@ uint32_t NyEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs) {
     return UnixEventWait(hEvent, u4TimeoutMs);
 }
 
+uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes) {
+    return UnixEventSetForWaiters(hEvent, u4MaxWakes);
+}
+
+EnBool NyEventIsPresent(NY_EVENT_HANDLE hEvent) {
+    return UnixEventIsPresent(hEvent) ? NY_TRUE : NY_FALSE;
+}
+
 uint32_t NyEventClose(NY_EVENT_HANDLE hEvent) {
     return UnixEventClose(hEvent);
 }

@@ -26,5 +26,10 @@ uint32_t NyEventReset(NY_EVENT_HANDLE hEvent);
 // Waits for the set state and consumes it. Time-out 0 that finds the event reset: NY_ERR_TIMEOUT
 // (after about 1 ms); a positive time-out that expires returns the system's EAGAIN number.
 uint32_t NyEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs);
+// Sets the event, then sets it again for every waiter that took it, so that all the waiters
+// present are released, not just one (at most u4MaxWakes extra sets).
+uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes);
+// NY_TRUE while the object behind the handle still exists (nobody removed it from outside).
+EnBool NyEventIsPresent(NY_EVENT_HANDLE hEvent);
 // Drops this process's hold and frees the handle; the last holder removes the event.
 uint32_t NyEventClose(NY_EVENT_HANDLE hEvent);

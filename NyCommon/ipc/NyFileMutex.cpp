@@ -91,6 +91,10 @@ uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32
     return Logged(Wait(pRef, pOwner, u4TimeoutMs));
 }
 
+uint32_t FileMutexTryWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
+    return Wait(pRef, pOwner, 0);
+}
+
 uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner) {
     return Logged(Release(pRef, pOwner));
 }

@@ -12,6 +12,8 @@ struct BlkFileMutexOwnerTag {
     uint32_t u4Count;     // recursion depth
 };
 
+// One attempt, without the log line of a failed wait.
+uint32_t FileMutexTryWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner);
 uint32_t FileMutexWait(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner, uint32_t u4TimeoutMs);
 // NY_ERR_NOT_OWNER when the calling thread does not own the lock.
 uint32_t FileMutexRelease(BlkFileRefTag* pRef, BlkFileMutexOwnerTag* pOwner);

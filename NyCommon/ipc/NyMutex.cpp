@@ -24,6 +24,10 @@ uint32_t NyMutexOpen2(uint32_t u4Global, const char* szName, NY_MUTEX_HANDLE* ph
     return u4Global != 0 ? NY_ERR_GLOBAL_REFUSED : NyMutexOpen(szName, phMutex);
 }
 
+uint32_t NyMutexTryWait(NY_MUTEX_HANDLE hMutex) {
+    return UnixMtxTryWait(hMutex);
+}
+
 uint32_t NyMutexWait(NY_MUTEX_HANDLE hMutex, uint32_t u4TimeoutMs) {
     return UnixMtxWait(hMutex, u4TimeoutMs);
 }

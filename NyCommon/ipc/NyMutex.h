@@ -21,6 +21,8 @@ uint32_t NyMutexOpen2(uint32_t u4Global, const char* szName, NY_MUTEX_HANDLE* ph
 // Lock with a time-out in ms (NY_WAIT_INFINITE forever, 0 tries once); NY_ERR_TIMEOUT when the
 // lock could not be had in time.
 uint32_t NyMutexWait(NY_MUTEX_HANDLE hMutex, uint32_t u4TimeoutMs);
+// One quiet attempt at the lock (no log line for a lock that is taken): NY_ERR_TIMEOUT then.
+uint32_t NyMutexTryWait(NY_MUTEX_HANDLE hMutex);
 // Unlock one level; a thread that does not own the lock gets NY_ERR_NOT_OWNER.
 uint32_t NyMutexRelease(NY_MUTEX_HANDLE hMutex);
 // Close the mutex and free the handle; the last user's close removes a named mutex's file.

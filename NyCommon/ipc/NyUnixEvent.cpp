@@ -258,6 +258,36 @@ uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent) {
     return SetState(hEvent, 0);
 }
 
+// The kernel hands a set state to one waiting process at once (inside SETVAL), so each further
+// set while GETNCNT reports waiters releases one more of them.
+uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes) {
+    uint32_t u4Result = SetState(hEvent, 1);
+    if (u4Result != NY_OK) {
+        return u4Result;
+    }
+    int iSemId = static_cast<BlkEventTag*>(hEvent)->i4SemId;
+    for (uint32_t u4Wake = 0; u4Wake < u4MaxWakes; ++u4Wake) {
+        if (semctl(iSemId, NY_SEM_STATE, GETNCNT) <= 0 ||
+            semctl(iSemId, NY_SEM_STATE, GETVAL) != 0) {
+            break;
+        }
+        if (SemSetValue(iSemId, NY_SEM_STATE, 1) != 0) {
+            return NY_ERR_SEMAPHORE_FAILED;
+        }
+    }
+    return NY_OK;
+}
+
+bool UnixEventIsPresent(NY_EVENT_HANDLE hEvent) {
+    if (CheckHandle(hEvent) != NY_OK) {
+        return false;
+    }
+    struct semid_ds stDs = {};
+    UnSemArg unArg;
+    unArg.pDs = &stDs;
+    return semctl(static_cast<BlkEventTag*>(hEvent)->i4SemId, 0, IPC_STAT, unArg) == 0;
+}
+
 uint32_t UnixEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs) {
     uint32_t u4Result = CheckHandle(hEvent);
     if (u4Result != NY_OK) {

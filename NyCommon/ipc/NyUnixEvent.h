@@ -14,6 +14,8 @@ uint32_t UnixEventOpen(const char* szName, NY_EVENT_HANDLE* phEvent);
 uint32_t UnixEventSet(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs);
+uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes);
+bool UnixEventIsPresent(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventClose(NY_EVENT_HANDLE hEvent);
 
 // Decrements semaphore u4Index of iSemId by 1 with the time-out rules of NyEventWait.

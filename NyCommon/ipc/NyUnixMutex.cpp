@@ -112,6 +112,18 @@ uint32_t UnixMtxWait(NY_MUTEX_HANDLE hMutex, uint32_t u4TimeoutMs) {
     return FileMutexWait(pMutex->pRef, &pMutex->stOwner, u4TimeoutMs);
 }
 
+uint32_t UnixMtxTryWait(NY_MUTEX_HANDLE hMutex) {
+    BlkMutexTag* pMutex = nullptr;
+    uint32_t u4Result = CheckHandle(hMutex, &pMutex);
+    if (u4Result != NY_OK) {
+        return u4Result;
+    }
+    if (pMutex->u4Nameless != 0) {
+        return NyRecMutexLock(pMutex->pMutex, 0);
+    }
+    return FileMutexTryWait(pMutex->pRef, &pMutex->stOwner);
+}
+
 uint32_t UnixMtxRelease(NY_MUTEX_HANDLE hMutex) {
     BlkMutexTag* pMutex = nullptr;
     uint32_t u4Result = CheckHandle(hMutex, &pMutex);

@@ -130,6 +130,35 @@ void CLockfreeArrayQueue::CopyOut(uint32_t u4Read, uint32_t u4Count, tagBlkLogIt
     }
 }
 
+uint32_t CLockfreeArrayQueue::ReadPosition() const {
+    return CheckBuffer() ? Load(&m_pHeader->u4Read) : 0;
+}
+
+unsigned int CLockfreeArrayQueue::Peek(uint32_t& u4Position, tagBlkLogItem* pOut,
+                                       unsigned int u4Max) const {
+    if (!CheckBuffer() || pOut == nullptr || u4Max == 0) {
+        return 0;
+    }
+    uint32_t u4Read = Load(&m_pHeader->u4Read);
+    uint32_t u4Commit = Load(&m_pHeader->u4Commit);
+    if (u4Position - u4Read > u4Commit - u4Read) {
+        u4Position = u4Read;
+    }
+    uint32_t u4Take = u4Commit - u4Position < u4Max ? u4Commit - u4Position : u4Max;
+    if (u4Take == 0) {
+        return 0;
+    }
+    CopyOut(u4Position, u4Take, pOut);
+    // The copy is checked afterwards, as a sequence lock is: the claim of position p + capacity
+    // reuses the slot of p, so the records below reserve - capacity may be torn.
+    __atomic_thread_fence(__ATOMIC_ACQUIRE);
+    uint32_t u4Torn = Load(&m_pHeader->u4Reserve) - m_u4Capacity - u4Position;
+    u4Torn = static_cast<int32_t>(u4Torn) <= 0 ? 0 : u4Torn < u4Take ? u4Torn : u4Take;
+    memmove(pOut, pOut + u4Torn, static_cast<size_t>(u4Take - u4Torn) * NY_LOG_ITEM_SIZE);
+    u4Position += u4Take;
+    return u4Take - u4Torn;
+}
+
 int32_t CLockfreeArrayQueue::Pop(tagBlkLogItem* pOut, unsigned int& u4Count) {
     unsigned int u4Wanted = u4Count;
     u4Count = 0;

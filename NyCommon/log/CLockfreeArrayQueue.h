@@ -60,6 +60,13 @@ public:
     // succeeded, 0 when another consumer moved first or the header is invalid.
     uint32_t Discard(uint32_t u4Count);
     uint32_t Count() const;
+    // The read position (free-running), for a reader that only peeks.
+    uint32_t ReadPosition() const;
+    // Read-only look at the committed records: copies up to u4Max of them, from u4Position (or
+    // from the read position when u4Position lies outside read..commit), into pOut and advances
+    // u4Position past them. Writes nothing into the ring, so it works on a read-only mapping.
+    // Records that a producer may have overwritten during the copy are left out.
+    unsigned int Peek(uint32_t& u4Position, tagBlkLogItem* pOut, unsigned int u4Max) const;
 
     void AddConsumerHeartbeatCount();
     uint32_t GetConsumerHeartbeatCount() const;

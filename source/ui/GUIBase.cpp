@@ -223,7 +223,11 @@ void GUIBase::PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen) {
     }
     gtk_entry_set_visibility(GTK_ENTRY(pEntry), FALSE);
     gtk_entry_set_invisible_char(GTK_ENTRY(pEntry), NY_GUI_PIN_MASK_CHAR);
-    gtk_entry_set_max_length(GTK_ENTRY(pEntry), static_cast<gint>(u4MaxLen));
+    // Never more than the answer's PIN field carries (a maximum of 0 would mean unlimited):
+    // what is typed is what the client gets, never a silently cut copy.
+    uint32_t u4Capacity = NY_UI_PIN_FIELD_SIZE - 1;
+    uint32_t u4Cap = u4MaxLen == 0 || u4MaxLen > u4Capacity ? u4Capacity : u4MaxLen;
+    gtk_entry_set_max_length(GTK_ENTRY(pEntry), static_cast<gint>(u4Cap));
 }
 
 void GUIBase::LoadText(CConfig* pConfig, unsigned int u4Id, char* szText, unsigned int u4Size) {
@@ -261,7 +265,8 @@ unsigned int GUIBase::ShowInputCount(CConfig* pConfig, GtkWidget* pEntry, GtkWid
     if (pEntry == nullptr) {
         return 0;
     }
-    unsigned int u4Len = static_cast<unsigned int>(strlen(gtk_entry_get_text(GTK_ENTRY(pEntry))));
+    // Characters, as the user sees them (one '*' each), not bytes.
+    unsigned int u4Len = static_cast<unsigned int>(gtk_entry_get_text_length(GTK_ENTRY(pEntry)));
     char szText[NY_GUI_TEXT_SIZE] = "";
     if (u4Len != 0) {
         char szFormat[NY_GUI_TEXT_SIZE];

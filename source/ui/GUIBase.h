@@ -100,7 +100,8 @@ protected:
     static GtkWidget* GetWidget(GtkBuilder* pBuilder, const char* szId);
     // Puts res/Logo_Long.bmp into an image widget.
     static void SetLogo(GtkWidget* pImage, const char* szDir);
-    // A PIN entry: typed characters hidden as '*', at most u4MaxLen of them.
+    // A PIN entry: typed characters hidden as '*', at most u4MaxLen of them and never more
+    // than the answer's PIN field holds.
     static void PreparePinEntry(GtkWidget* pEntry, uint32_t u4MaxLen);
     // Text u4Id of the configuration into szText (u4Size bytes); left empty when the lookup
     // fails, so that nothing stale is shown.
@@ -112,8 +113,8 @@ protected:
     // Ties an entry to its caption so that a screen reader announces the entry by it.
     static void SetEntryCaption(GtkWidget* pEntry, GtkWidget* pCaption);
 
-    // The input counter of one PIN entry: shows text 0x210085 formatted with the entry's byte
-    // length on pLabel, or nothing when it is empty; returns the length.
+    // The input counter of one PIN entry: shows text 0x210085 formatted with the entry's
+    // character count on pLabel, or nothing when it is empty; returns the count.
     static unsigned int ShowInputCount(CConfig* pConfig, GtkWidget* pEntry, GtkWidget* pLabel);
     // The entry's text into the 33-byte PIN field at u4PinOffset (cut at 32 characters) and its
     // byte length into the u32 at u4LenOffset.

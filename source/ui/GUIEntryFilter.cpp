@@ -4,6 +4,8 @@
 
 #include <cstring>
 
+#include "uiblock/NyUiParam.h"
+
 const char NY_GUI_PIN_SPECIAL_CHARS[] = "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./";
 const char NY_GUI_LABEL_SPECIAL_CHARS[] = "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./?";
 
@@ -12,7 +14,22 @@ static_assert(sizeof(NY_GUI_LABEL_SPECIAL_CHARS) == 32 + 1, "32 special characte
 
 namespace {
 
+constexpr guint NY_GUI_MIDDLE_BUTTON = 2;
 constexpr guint NY_GUI_RIGHT_BUTTON = 3;
+// Bytes of text a PIN field of the answer carries (without its terminator).
+constexpr gint NY_GUI_PIN_FIELD_TEXT = NY_UI_PIN_FIELD_SIZE - 1;
+
+void StopPaste(GtkEntry* pEntry, gpointer /*pvData*/) {
+    g_signal_stop_emission_by_name(pEntry, "paste-clipboard");
+}
+
+gboolean RefuseMenu(GtkWidget* /*pWidget*/, gpointer /*pvData*/) {
+    return TRUE;
+}
+
+gboolean RefuseMiddleButton(GtkWidget* /*pWidget*/, GdkEventButton* pEvent, gpointer /*pvData*/) {
+    return pEvent->button == NY_GUI_MIDDLE_BUTTON ? TRUE : FALSE;
+}
 
 bool IsAlnum(char ch) {
     return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || (ch >= '0' && ch <= '9');
@@ -45,6 +62,24 @@ gboolean GUIEntryFilter::Copypaste_callback(GtkWidget* /*pWidget*/, GdkEvent* pE
         return TRUE;
     }
     return pEvent->button.button == NY_GUI_RIGHT_BUTTON ? TRUE : FALSE;
+}
+
+void GUIEntryFilter::BlockPasteRoutes(GtkWidget* pEntry) {
+    g_signal_connect(pEntry, "paste-clipboard", G_CALLBACK(StopPaste), nullptr);
+    g_signal_connect(pEntry, "popup-menu", G_CALLBACK(RefuseMenu), nullptr);
+    g_signal_connect(pEntry, "button-press-event", G_CALLBACK(RefuseMiddleButton), nullptr);
+    gtk_drag_dest_unset(pEntry);
+}
+
+void GUIEntryFilter::on_entry_insert_capacity(GtkEditable* pEditable, gchar* szText, gint iLen,
+                                              gint* /*piPos*/, gpointer /*pvData*/) {
+    if (szText == nullptr || !GTK_IS_ENTRY(pEditable)) {
+        return;
+    }
+    gint iHeld = static_cast<gint>(strlen(gtk_entry_get_text(GTK_ENTRY(pEditable))));
+    if (iHeld + InsertionLength(szText, iLen) > NY_GUI_PIN_FIELD_TEXT) {
+        g_signal_stop_emission_by_name(pEditable, "insert_text");
+    }
 }
 
 bool GUIEntryFilter::IsAdmitted(const char* szText, gint iLen, const char* szSpecial) {

@@ -27,6 +27,16 @@ public:
     static void on_entry_insert_special(GtkEditable* pEditable, gchar* szText, gint iLen,
                                         gint* piPos, gpointer pvSpecialChars);
 
+    // Closes every other way text can be pasted or dropped into a PIN entry: the
+    // "paste-clipboard" action (whatever key the theme binds to it, and the menu's Paste), the
+    // middle button's primary selection, the keyboard's context menu, and drag and drop.
+    static void BlockPasteRoutes(GtkWidget* pEntry);
+
+    // "insert-text" of a PIN entry: refuses an insertion that would make the text longer, in
+    // bytes, than the answer's PIN field can carry.
+    static void on_entry_insert_capacity(GtkEditable* pEditable, gchar* szText, gint iLen,
+                                         gint* piPos, gpointer pvData);
+
     // Whether every byte of szText[0, iLen) is a letter, a digit or in szSpecial (may be null).
     static bool IsAdmitted(const char* szText, gint iLen, const char* szSpecial);
 };

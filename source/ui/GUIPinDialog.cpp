@@ -1,5 +1,7 @@
 #include "ui/GUIPinDialog.h"
 
+#include <gdk/gdkkeysyms.h>
+
 #include <cstring>
 
 #include "CConfig.h"
@@ -12,6 +14,8 @@ namespace {
 
 constexpr gfloat NY_GUI_CAPTION_XALIGN = 1.0f;
 constexpr gfloat NY_GUI_CAPTION_YALIGN = 0.5f;
+// A refusal reads as an error: dark red text.
+constexpr GdkColor NY_GUI_ERROR_COLOUR = {0, 0xC000, 0x1000, 0x1000};
 
 }  // namespace
 
@@ -80,8 +84,10 @@ GtkWidget* GUIPinDialog::FinishBuild(GtkBuilder* pBuilder, GtkWidget* pFirst) {
 
 void GUIPinDialog::ConnectButtons(GtkWidget* pWindow, GtkWidget* pOk, GtkWidget* pCancel) {
     m_pOkButton = pOk;
+    m_pCancelButton = pCancel;
     if (pWindow != nullptr) {
         g_signal_connect(pWindow, "destroy", G_CALLBACK(destroy_callback), this);
+        g_signal_connect(pWindow, "key-press-event", G_CALLBACK(EscapeKey_callback), this);
     }
     if (pOk != nullptr) {
         g_signal_connect(pOk, "pressed", G_CALLBACK(OnOk_callback), this);
@@ -99,11 +105,16 @@ void GUIPinDialog::ConnectEntry(GtkWidget* pEntry, bool bPin, GCallback pfnFilte
         return;
     }
     g_signal_connect(pEntry, "activate", G_CALLBACK(OnOk_callback), this);
+    // OK follows every change at once; the poll only refreshes what it shows meanwhile.
+    g_signal_connect(pEntry, "changed", G_CALLBACK(EntryChanged_callback), this);
     if (bPin) {
         g_signal_connect(pEntry, "key-press-event", G_CALLBACK(GUIEntryFilter::Copypaste_callback),
                          this);
         g_signal_connect(pEntry, "button-press-event",
                          G_CALLBACK(GUIEntryFilter::Copypaste_callback), this);
+        GUIEntryFilter::BlockPasteRoutes(pEntry);
+        g_signal_connect(pEntry, "insert-text",
+                         G_CALLBACK(GUIEntryFilter::on_entry_insert_capacity), nullptr);
     }
     if (pfnFilter != nullptr) {
         g_signal_connect(pEntry, "insert-text", pfnFilter, pvFilterData);
@@ -145,6 +156,7 @@ unsigned int GUIPinDialog::ConfigU4(unsigned int u4Id, unsigned int u4Default) c
 void GUIPinDialog::Refuse(GtkWidget* pLabel, const char* szMessage,
                           std::initializer_list<GtkWidget*> lCleared, GtkWidget* pFocus) {
     if (pLabel != nullptr) {
+        gtk_widget_modify_fg(pLabel, GTK_STATE_NORMAL, &NY_GUI_ERROR_COLOUR);
         gtk_label_set_text(GTK_LABEL(pLabel), szMessage);
     }
     for (GtkWidget* pEntry : lCleared) {
@@ -184,6 +196,7 @@ void GUIPinDialog::OnDestroyed() {
     }
     m_pWindow = nullptr;
     m_pOkButton = nullptr;
+    m_pCancelButton = nullptr;
     ForgetWidgets();
     m_u4Finished.store(1);
     QuitMainLoop();
@@ -221,6 +234,22 @@ gboolean GUIPinDialog::OnOk_callback(GtkWidget* /*pWidget*/, gpointer pvSelf) {
 
 void GUIPinDialog::OnCancle_callback(GtkWidget* /*pWidget*/, gpointer pvSelf) {
     static_cast<GUIPinDialog*>(pvSelf)->OnCancel();
+}
+
+gboolean GUIPinDialog::EscapeKey_callback(GtkWidget* /*pWidget*/, GdkEventKey* pEvent,
+                                          gpointer pvSelf) {
+    auto* pSelf = static_cast<GUIPinDialog*>(pvSelf);
+    if (pEvent->keyval != GDK_Escape || pSelf->m_pCancelButton == nullptr ||
+        !gtk_widget_get_visible(pSelf->m_pCancelButton)) {
+        return FALSE;
+    }
+    pSelf->OnCancel();
+    return TRUE;
+}
+
+// Emitted inside the dialog's own event handling, with the GDK lock already held.
+void GUIPinDialog::EntryChanged_callback(GtkEditable* /*pEditable*/, gpointer pvSelf) {
+    static_cast<GUIPinDialog*>(pvSelf)->RefreshOk();
 }
 
 // Runs from the main loop without the GDK lock, so it takes it for its GTK calls.

@@ -47,7 +47,8 @@ protected:
     // The last steps of Build: the poll started, the builder dropped, the focus given to
     // pFirst, which is returned.
     GtkWidget* FinishBuild(GtkBuilder* pBuilder, GtkWidget* pFirst);
-    // The window's "destroy", OK and Cancel "pressed" and "activate".
+    // The window's "destroy", OK and Cancel "pressed" and "activate"; Escape is Cancel while
+    // the Cancel button is shown.
     void ConnectButtons(GtkWidget* pWindow, GtkWidget* pOk, GtkWidget* pCancel);
     // Enter in the entry is OK. A PIN entry also refuses pasting. pfnFilter (may be null) is
     // the entry's "insert-text" handler, called with pvFilterData.
@@ -74,6 +75,7 @@ protected:
     bool m_bLogDestroy = false;
     GtkWidget* m_pWindow = nullptr;
     GtkWidget* m_pOkButton = nullptr;
+    GtkWidget* m_pCancelButton = nullptr;
 
 private:
     // Starts the 50 ms poll and sets the OK button from the entries as they are.
@@ -87,6 +89,8 @@ private:
     static gboolean OnOk_callback(GtkWidget* pWidget, gpointer pvSelf);
     static void OnCancle_callback(GtkWidget* pWidget, gpointer pvSelf);
     static gboolean Poll_callback(gpointer pvSelf);
+    static gboolean EscapeKey_callback(GtkWidget* pWidget, GdkEventKey* pEvent, gpointer pvSelf);
+    static void EntryChanged_callback(GtkEditable* pEditable, gpointer pvSelf);
 
     const char* m_szClassName;
     std::atomic<uint32_t> m_u4Finished{0};

@@ -1,46 +1,25 @@
 // ukey-cfg as support staff run it: outputs and exit codes.
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "support/NyTestNames.h"
+#include "NyVersion.h"
 #include "support/NyTestProcess.h"
+#include "support/NyTestRun.h"
 
 namespace {
 
-struct ToolRun {
-    int iExit;
-    std::string strOutput;  // stdout and stderr together
-};
-
-ToolRun RunTool(const std::vector<std::string>& vArgs) {
-    std::vector<std::string> vArgv{NyTestBinPath("ukey-cfg")};
-    vArgv.insert(vArgv.end(), vArgs.begin(), vArgs.end());
-    std::string strFile = "/tmp/" + NyTestUniqueName("ukey-cfg-test") + ".out";
-    ToolRun run{-1, ""};
-    pid_t pid = NyTestSpawn(vArgv, strFile);
-    EXPECT_GT(pid, 0);
-    if (pid > 0) {
-        run.iExit = NyTestWaitChild(pid, 10000);
-        if (run.iExit == -1) {
-            NyTestKillChild(pid);
-        }
-    }
-    std::ifstream file(strFile);
-    std::stringstream ss;
-    ss << file.rdbuf();
-    run.strOutput = ss.str();
-    unlink(strFile.c_str());
-    return run;
+std::string Usage(const std::string& strReason) {
+    return "ukey-cfg: " + strReason + "\nTry 'ukey-cfg --help'.\n";
 }
 
-TEST(UkeyCfgTool, ShowsEntriesAndSummaryOrWhyNot) {
+BlkTestRunTag RunTool(std::vector<std::string> vArgs) {
+    vArgs.insert(vArgs.begin(), NyTestBinPath("ukey-cfg"));
+    return NyTestRun(vArgs, 10000);
+}
+
+TEST(UkeyCfgTool, ShowsEntriesAndSummaryOrWhyNotWithItsExitStatus) {
     struct {
         std::vector<std::string> vArgs;
         int iExit;
@@ -52,80 +31,52 @@ TEST(UkeyCfgTool, ShowsEntriesAndSummaryOrWhyNot) {
          "group 0: 72 text, 8 u8, 2 u32, 3 raw\n"
          "group 1: 5 text, 26 u8, 34 u32, 1 raw\n"
          "group 2: 171 text, 5 u8, 1 u16, 2 u32\n"},
-        {{"get", "0x0021007E", "--lang", "en"}, 0, "Please input UKey PIN (6-16 chars)\n"},
+        {{"--lang=en", "get", "0x0021007E"}, 0, "Please input UKey PIN (6-16 chars)\n"},
         {{"get", "0x0021007E"}, 0, "请输入UKey密码（6-16字符）\n"},
         {{"get", "0021007e", "--raw", "--lang", "zh-TW"},
          0,
          "請輸入$(0x00010002)$(0x00010003)（$(0x00020010)-$(0x00020011)字符）\n"},
-        {{"get", "0x00210070", "--lang", "en"},
-         0,
-         "Please check the information shown on your UKey carefully.\r\nPress \"OK\" button on "
-         "UKey to continue if it's correct. Otherwise press \"C\" button to cancel the "
-         "tradation.\n"},
         {{"get", "0x00020011"}, 0, "16\n"},
         {{"get", "0x00220008", "--raw"}, 0, "1\n"},
         {{"get", "0x0000001C"}, 0, "A0 00 00 06 47 48 4C 55 4B 01\n"},
         {{"get", "0x00010999"}, 1, "ukey-cfg: no entry 0x00010999\n"},
         {{"get", "0x00040010"}, 1, "ukey-cfg: 0x00040010 is stored with another type\n"},
         {{"get", "0x00820001"}, 1, "ukey-cfg: no entry 0x00820001\n"},
+        {{"--version"}, 0, "ukey-cfg " NY_VERSION_STRING "\n"},
+        // Malformed command lines: one line and a hint.
+        {{}, 2, Usage("no command given")},
+        {{"frobnicate"}, 2, Usage("unknown command 'frobnicate'")},
+        {{"get"}, 2, Usage("get needs an id")},
+        {{"get", "zz"}, 2, Usage("bad id 'zz' (expected hexadecimal such as 0x0021007E)")},
+        {{"get", "0x"}, 2, Usage("bad id '0x' (expected hexadecimal such as 0x0021007E)")},
+        {{"get", "0x100210070"},
+         2,
+         Usage("bad id '0x100210070' (expected hexadecimal such as 0x0021007E)")},
+        {{"get", "0x0021007E", "--lang", "fr"}, 2, Usage("--lang takes zh-CN, en or zh-TW")},
+        {{"get", "0x0021007E", "extra"}, 2, Usage("unexpected argument 'extra'")},
+        {{"list", "--raw"}, 2, Usage("--raw is for get only")},
+        {{"info", "--lang", "en"}, 2, Usage("info takes no --lang")},
     };
     for (const auto& c : aCases) {
-        ToolRun run = RunTool(c.vArgs);
-        EXPECT_EQ(run.iExit, c.iExit) << c.vArgs.back();
-        EXPECT_EQ(run.strOutput, c.strOutput);
-    }
-}
-
-TEST(UkeyCfgTool, MalformedArgumentsExitWithTwoAndShowUsage) {
-    struct {
-        std::vector<std::string> vArgs;
-        std::string strReason;
-    } const aCases[] = {
-        {{}, "no command given"},
-        {{"frobnicate"}, "unknown command 'frobnicate'"},
-        {{"get"}, "get needs an id"},
-        {{"get", "zz"}, "bad id 'zz'"},
-        {{"get", "0x"}, "bad id '0x'"},
-        {{"get", "0x100210070"}, "bad id '0x100210070'"},
-        {{"get", "0x0021007E", "--lang"}, "--lang takes zh-CN, en or zh-TW"},
-        {{"get", "0x0021007E", "--lang", "fr"}, "--lang takes zh-CN, en or zh-TW"},
-        {{"get", "0x0021007E", "extra"}, "unexpected argument 'extra'"},
-        {{"list", "--raw"}, "unexpected argument '--raw'"},
-        {{"info", "--lang", "en"}, "unexpected argument '--lang'"},
-    };
-    for (const auto& c : aCases) {
-        ToolRun run = RunTool(c.vArgs);
-        EXPECT_EQ(run.iExit, 2) << c.strReason;
-        EXPECT_EQ(run.strOutput.rfind("ukey-cfg: " + c.strReason, 0), 0u) << run.strOutput;
-        EXPECT_NE(run.strOutput.find("usage: ukey-cfg get ID"), std::string::npos) << c.strReason;
+        BlkTestRunTag run = RunTool(c.vArgs);
+        EXPECT_EQ(c.iExit, run.iExit) << c.vArgs.back();
+        EXPECT_EQ(c.strOutput, run.strOutput);
     }
 }
 
 TEST(UkeyCfgTool, ListShowsEveryEntryOnOneLine) {
-    ToolRun run = RunTool({"list", "--lang", "en"});
-    ASSERT_EQ(run.iExit, 0);
-    std::vector<std::string> vLines;
-    std::istringstream ss(run.strOutput);
-    for (std::string strLine; std::getline(ss, strLine);) {
-        vLines.push_back(strLine);
+    BlkTestRunTag run = RunTool({"list", "--lang", "en"});
+    ASSERT_EQ(0, run.iExit);
+    EXPECT_EQ(330u, NyTestLines(run.strOutput).size());
+    EXPECT_EQ(0u, run.strOutput.find(
+                      "0x0000001A\traw\t5C 1A 7E 2B 3D 84 4F 61 9A 0C 7B 2E 48 D1 F0 A3\n"));
+    for (const char* szLine :
+         {"\n0x00020010\tu8\t6\n", "\n0x00210077\ttext\t%ds left\n",
+          "\n0x0021006E\ttext\tYou are going to unblock the PIN of your UKey.\\r\\nPress \"OK\" "
+          "button on the UKey if you want to continue.\\r\\nPress \"C\" button to cancel the "
+          "operation.\n"}) {
+        EXPECT_TRUE(NyTestContains(run.strOutput, szLine)) << szLine;
     }
-    ASSERT_EQ(vLines.size(), 330u);
-    EXPECT_EQ(vLines.front(), "0x0000001A\traw\t5C 1A 7E 2B 3D 84 4F 61 9A 0C 7B 2E 48 D1 F0 A3");
-    auto Contains = [&](const std::string& strLine) {
-        return std::find(vLines.begin(), vLines.end(), strLine) != vLines.end();
-    };
-    EXPECT_TRUE(Contains("0x00020010\tu8\t6"));
-    EXPECT_TRUE(Contains("0x00210077\ttext\t%ds left"));
-    EXPECT_TRUE(
-        Contains("0x00010049\ttext\tYour UKey PIN has been locked, please contact the bank "
-                 "to unblock it!"));
-    EXPECT_TRUE(
-        Contains("0x00210074\ttext\tPlease press UKey button: press \"OK\" to continue, "
-                 "and \"C\" to cancel the operation."));
-    EXPECT_TRUE(
-        Contains("0x0021006E\ttext\tYou are going to unblock the PIN of your UKey.\\r\\n"
-                 "Press \"OK\" button on the UKey if you want to continue.\\r\\nPress \"C\" "
-                 "button to cancel the operation."));
 }
 
 }  // namespace

@@ -7,14 +7,11 @@ CNyTestChild::~CNyTestChild() {
 }
 
 int CNyTestChild::Wait(unsigned int u4TimeoutMs) {
-    if (m_pid <= 0) {
-        return -1;
+    int iExit = m_pid > 0 ? NyTestWaitChild(m_pid, u4TimeoutMs) : -1;
+    if (iExit != -1) {
+        m_pid = -1;
     }
-    int iExit = NyTestWaitChild(m_pid, u4TimeoutMs);
-    if (iExit == -1) {
-        NyTestKillChild(m_pid);
-    }
-    m_pid = -1;
+    Kill();  // still running after the time-out
     return iExit;
 }
 

@@ -7,67 +7,44 @@
 
 namespace {
 
+// The dump escapes tabs, returns and newlines in names with a backslash.
 std::string Unescape(const std::string& str) {
     std::string strOut;
     for (size_t i = 0; i < str.size(); ++i) {
-        if (str[i] != '\\' || i + 1 == str.size()) {
-            strOut += str[i];
-            continue;
+        char ch = str[i];
+        if (ch == '\\' && i + 1 < str.size()) {
+            ch = str[++i];
+            ch = ch == 't' ? '\t' : ch == 'r' ? '\r' : ch == 'n' ? '\n' : ch;
         }
-        char ch = str[++i];
-        strOut += ch == 't' ? '\t' : ch == 'r' ? '\r' : ch == 'n' ? '\n' : ch;
+        strOut += ch;
     }
     return strOut;
-}
-
-std::vector<std::string> SplitTabs(const std::string& strLine) {
-    std::vector<std::string> vFields;
-    std::istringstream in(strLine);
-    std::string strField;
-    while (std::getline(in, strField, '\t')) {
-        vFields.push_back(strField);
-    }
-    if (!strLine.empty() && strLine.back() == '\t') {
-        vFields.push_back("");
-    }
-    return vFields;
 }
 
 }  // namespace
 
 bool BlkTestAccessibleTag::HasState(const std::string& strState) const {
-    std::istringstream in(strStates);
-    std::string str;
-    while (std::getline(in, str, ',')) {
-        if (str == strState) {
-            return true;
-        }
-    }
-    return false;
+    return ("," + strStates + ",").find("," + strState + ",") != std::string::npos;
 }
 
 std::vector<BlkTestAccessibleTag> NyTestAccessibleTree(pid_t pid) {
-    // The system interpreter: the bindings are a Debian package.
+    // The system interpreter: the bindings are a Debian package. One line per object: role,
+    // name, x, y, width, height and states, separated by tabs.
     std::istringstream lines(NyTestShell("/usr/bin/python3 " NY_TEST_SOURCE_DIR
                                          "/tests/support/ny_atspi_dump.py " +
                                          std::to_string(pid)));
     std::vector<BlkTestAccessibleTag> vTree;
-    std::string strLine;
-
-    while (std::getline(lines, strLine)) {
-        std::vector<std::string> v = SplitTabs(strLine);
-        if (v.size() != 7) {
-            continue;
-        }
+    for (std::string strLine; std::getline(lines, strLine);) {
+        std::istringstream fields(strLine);
         BlkTestAccessibleTag blk;
-        blk.strRole = v[0];
-        blk.strName = Unescape(v[1]);
-        blk.iX = atoi(v[2].c_str());
-        blk.iY = atoi(v[3].c_str());
-        blk.iWidth = atoi(v[4].c_str());
-        blk.iHeight = atoi(v[5].c_str());
-        blk.strStates = v[6];
-        vTree.push_back(blk);
+        std::string strName;
+        if (std::getline(fields, blk.strRole, '\t') && std::getline(fields, strName, '\t') &&
+            fields >> blk.iX >> blk.iY >> blk.iWidth >> blk.iHeight) {
+            fields.ignore(1);  // the tab before the states, which may be empty
+            std::getline(fields, blk.strStates);
+            blk.strName = Unescape(strName);
+            vTree.push_back(blk);
+        }
     }
     return vTree;
 }

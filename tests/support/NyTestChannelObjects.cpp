@@ -4,6 +4,8 @@
 #include <sys/sem.h>
 #include <unistd.h>
 
+#include <vector>
+
 #include "ipc/NyFileRef.h"
 #include "ipc/NyUnixEvent.h"
 
@@ -16,12 +18,10 @@ std::string FilePath(const std::string& strName, uint32_t u4Kind) {
     return FileName2Path(strName.c_str(), u4Kind, szPath, sizeof(szPath)) ? szPath : "";
 }
 
-std::string RegionPath(const std::string& strName) {
-    return FilePath(strName, NY_FILE_KIND_SHM);
-}
-
-std::string MutexPath(const std::string& strName) {
-    return FilePath(strName + "_Mutex_Communication", NY_FILE_KIND_MUTEX);
+// The region's and the mutex's files.
+std::vector<std::string> Files(const std::string& strName) {
+    return {FilePath(strName, NY_FILE_KIND_SHM),
+            FilePath(strName + "_Mutex_Communication", NY_FILE_KIND_MUTEX)};
 }
 
 int EventSetId(const std::string& strEventName) {
@@ -32,25 +32,21 @@ int EventSetId(const std::string& strEventName) {
 }  // namespace
 
 bool NyTestChannelObjectsExist(const std::string& strName) {
-    if (access(RegionPath(strName).c_str(), F_OK) == 0 ||
-        access(MutexPath(strName).c_str(), F_OK) == 0) {
-        return true;
+    bool bExists = false;
+    for (const std::string& strFile : Files(strName)) {
+        bExists = bExists || access(strFile.c_str(), F_OK) == 0;
     }
     for (const char* szSuffix : s_aszEventSuffixes) {
-        if (EventSetId(strName + szSuffix) >= 0) {
-            return true;
-        }
+        bExists = bExists || EventSetId(strName + szSuffix) >= 0;
     }
-    return false;
+    return bExists;
 }
 
 void NyTestRemoveChannelObjects(const std::string& strName) {
-    unlink(RegionPath(strName).c_str());
-    unlink(MutexPath(strName).c_str());
+    for (const std::string& strFile : Files(strName)) {
+        unlink(strFile.c_str());
+    }
     for (const char* szSuffix : s_aszEventSuffixes) {
-        int iSemId = EventSetId(strName + szSuffix);
-        if (iSemId >= 0) {
-            semctl(iSemId, 0, IPC_RMID);
-        }
+        semctl(EventSetId(strName + szSuffix), 0, IPC_RMID);  // -1 when there is none: no harm
     }
 }

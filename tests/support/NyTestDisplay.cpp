@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <string>
 #include <vector>
 
 #include "support/NyTestProcess.h"
@@ -20,23 +19,26 @@ namespace {
 constexpr unsigned int NY_TEST_START_TIMEOUT_MS = 10000;
 
 // Starts argv in a process group of its own (so that Stop() also reaches whatever it starts in
-// turn, such as services activated by a bus daemon). Descriptors without close-on-exec stay
-// open in the child. Output goes to /dev/null.
-pid_t SpawnGroup(const std::vector<std::string>& vArgs) {
+// turn, such as services activated by a bus daemon), output to /dev/null. Descriptors without
+// close-on-exec stay open in the child.
+pid_t SpawnGroup(std::vector<std::string> vArgs, int fdKeep = -1) {
     std::vector<char*> vArgv;
-    for (const std::string& str : vArgs) {
-        vArgv.push_back(const_cast<char*>(str.c_str()));
+    for (std::string& str : vArgs) {
+        size_t pos = str.find("{fd}");  // becomes the number of fdKeep
+        if (pos != std::string::npos) {
+            str.replace(pos, 4, std::to_string(fdKeep));
+        }
+        vArgv.push_back(&str[0]);
     }
     vArgv.push_back(nullptr);
     pid_t pid = fork();
     if (pid == 0) {
         setpgid(0, 0);
-        // Should the test be killed, its display goes with it.
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        prctl(PR_SET_PDEATHSIG, SIGTERM);  // should the test be killed, its display goes too
         int fdNull = open("/dev/null", O_RDWR);
-        dup2(fdNull, STDIN_FILENO);
-        dup2(fdNull, STDOUT_FILENO);
-        dup2(fdNull, STDERR_FILENO);
+        for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            dup2(fdNull, fd);
+        }
         execvp(vArgv[0], vArgv.data());
         _exit(127);
     }
@@ -46,38 +48,23 @@ pid_t SpawnGroup(const std::vector<std::string>& vArgs) {
     return pid;
 }
 
-// Reads one line that the child writes into the pipe; "" on time-out or end of file.
-std::string ReadLine(int fd, unsigned int u4TimeoutMs) {
-    std::string strLine;
-    struct pollfd pfd = {fd, POLLIN, 0};
-    while (poll(&pfd, 1, static_cast<int>(u4TimeoutMs)) > 0) {
-        char ch = 0;
-        if (read(fd, &ch, 1) != 1 || ch == '\n') {
-            break;
-        }
-        strLine += ch;
-    }
-    return strLine;
-}
-
 // Starts a program that announces itself on a descriptor (Xvfb -displayfd, dbus-daemon
-// --print-address) and returns the announced line. "{fd}" in an argument becomes the
-// descriptor's number.
-std::string SpawnAndRead(std::vector<std::string> vArgs, pid_t* pPid) {
+// --print-address) and returns the announced line; "" on time-out or when it ended.
+std::string SpawnAndRead(const std::vector<std::string>& vArgs, pid_t* pPid) {
     int aiPipe[2];
     if (pipe(aiPipe) != 0) {
         return "";
     }
-    for (std::string& str : vArgs) {
-        size_t pos = str.find("{fd}");
-        if (pos != std::string::npos) {
-            str.replace(pos, 4, std::to_string(aiPipe[1]));
-        }
-    }
     fcntl(aiPipe[0], F_SETFD, FD_CLOEXEC);
-    *pPid = SpawnGroup(vArgs);
+    *pPid = SpawnGroup(vArgs, aiPipe[1]);
     close(aiPipe[1]);
-    std::string strLine = ReadLine(aiPipe[0], NY_TEST_START_TIMEOUT_MS);
+    std::string strLine;
+    struct pollfd pfd = {aiPipe[0], POLLIN, 0};
+    char ch = 0;
+    while (poll(&pfd, 1, NY_TEST_START_TIMEOUT_MS) > 0 && read(aiPipe[0], &ch, 1) == 1 &&
+           ch != '\n') {
+        strLine += ch;
+    }
     close(aiPipe[0]);
     return strLine;
 }
@@ -89,11 +76,9 @@ void EndGroup(pid_t* pPid) {
         return;
     }
     kill(-*pPid, SIGTERM);
-    if (NyTestWaitChild(*pPid, 3000) < 0) {
-        kill(-*pPid, SIGKILL);
-        NyTestWaitChild(*pPid, 3000);
-    }
+    NyTestWaitChild(*pPid, 3000);
     kill(-*pPid, SIGKILL);
+    NyTestWaitChild(*pPid, 3000);
     NyTestWaitUntil(
         [pgid = *pPid] {
             while (waitpid(-pgid, nullptr, WNOHANG) > 0) {
@@ -104,63 +89,65 @@ void EndGroup(pid_t* pPid) {
     *pPid = -1;
 }
 
+bool Succeeds(const std::string& strCommand) {
+    int iExit = -1;
+    NyTestShell(strCommand, &iExit);
+    return iExit == 0;
+}
+
 }  // namespace
 
-bool CNyTestDisplay::Start(bool bWindowManager, bool bAccessibility) {
+void CNyTestDisplay::Start(bool bWindowManager, bool bAccessibility) {
+    // Helpers read and match the dialogs' (non-ASCII) titles whatever the caller's locale.
+    setenv("LC_ALL", "C.UTF-8", 1);
     // Services that a bus daemon starts outlive their parent's end for a moment; as orphans
     // they come to us, so that Stop() can reap them.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    if (!StartXvfb()) {
-        fprintf(stderr, "test display: Xvfb did not start\n");
-        return false;
-    }
-    if (bAccessibility && !StartSessionBus()) {
-        fprintf(stderr, "test display: dbus-daemon did not start\n");
-        return false;
-    }
-    if (bWindowManager && !StartWindowManager()) {
-        fprintf(stderr, "test display: openbox did not start\n");
-        return false;
-    }
-    return true;
-}
-
-bool CNyTestDisplay::StartXvfb() {
     std::string strNumber = SpawnAndRead({"Xvfb", "-displayfd", "{fd}", "-screen", "0",
                                           "1024x768x24", "-nolisten", "tcp", "-noreset"},
                                          &m_pidXvfb);
-    if (strNumber.empty()) {
-        return false;
-    }
+    Require(!strNumber.empty(), "Xvfb did not start (package xvfb)");
     m_strName = ":" + strNumber;
     setenv("DISPLAY", m_strName.c_str(), 1);
-    return true;
+    if (bAccessibility) {
+        StartSessionBus();
+    }
+    if (bWindowManager) {
+        m_pidWindowManager = SpawnGroup({"openbox", "--sm-disable"});
+        // The manager announces itself with _NET_SUPPORTING_WM_CHECK on the root window.
+        auto announced = [] {
+            return Succeeds("xprop -root _NET_SUPPORTING_WM_CHECK | grep -q id");
+        };
+        Require(NyTestWaitUntil(announced, NY_TEST_START_TIMEOUT_MS),
+                "the window manager did not start (packages openbox, x11-utils)");
+    }
 }
 
-bool CNyTestDisplay::StartSessionBus() {
+void CNyTestDisplay::StartSessionBus() {
     std::string strAddress = SpawnAndRead(
         {"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}"}, &m_pidBus);
-    if (strAddress.empty()) {
-        return false;
-    }
+    Require(!strAddress.empty(), "the D-Bus session did not start (package dbus-x11)");
     setenv("DBUS_SESSION_BUS_ADDRESS", strAddress.c_str(), 1);
     // GTK+ 2 exports its widgets over AT-SPI only with these modules loaded.
     setenv("GTK_MODULES", "gail:atk-bridge", 1);
     unsetenv("NO_AT_BRIDGE");
-    return true;
+    Require(Succeeds("ls /usr/lib/*/gtk-2.0/modules/libgail.so "
+                     "/usr/lib/*/gtk-2.0/modules/libatk-bridge.so"),
+            "GTK's accessibility modules are missing (packages libgail-common, libatk-adaptor)");
+    // The accessibility bus starts on the first call for its address.
+    Require(Succeeds("dbus-send --session --print-reply --dest=org.a11y.Bus /org/a11y/bus "
+                     "org.a11y.Bus.GetAddress | grep -q unix:"),
+            "the accessibility bus did not start (package at-spi2-core)");
 }
 
-bool CNyTestDisplay::StartWindowManager() {
-    m_pidWindowManager = SpawnGroup({"openbox", "--sm-disable"});
-    // The manager announces itself with _NET_SUPPORTING_WM_CHECK on the root window.
-    return m_pidWindowManager > 0 && NyTestWaitUntil(
-                                         [] {
-                                             return NyTestShell(
-                                                        "xprop -root "
-                                                        "_NET_SUPPORTING_WM_CHECK")
-                                                        .find("window id") != std::string::npos;
-                                         },
-                                         NY_TEST_START_TIMEOUT_MS);
+void CNyTestDisplay::Require(bool bStarted, const char* szReason) {
+    if (bStarted) {
+        return;
+    }
+    fprintf(stderr, "test display: %s; the GUI tests of this program cannot run\n", szReason);
+    fflush(stderr);
+    Stop();
+    _exit(1);
 }
 
 void CNyTestDisplay::Stop() {

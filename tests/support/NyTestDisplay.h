@@ -15,17 +15,19 @@ public:
     CNyTestDisplay(const CNyTestDisplay&) = delete;
     CNyTestDisplay& operator=(const CNyTestDisplay&) = delete;
 
-    // false (with a message on stderr) when Xvfb or a requested helper could not be started.
-    bool Start(bool bWindowManager, bool bAccessibility);
+    // Returns once everything asked for runs. When a part cannot start, the test program ends
+    // here with the reason and a failing status: a GUI test that cannot run fails, it never
+    // reports itself skipped.
+    void Start(bool bWindowManager, bool bAccessibility);
     // Ends every process started here, in reverse order, and reaps them.
     void Stop();
 
     const std::string& Name() const { return m_strName; }  // ":<n>"
 
 private:
-    bool StartXvfb();
-    bool StartWindowManager();
-    bool StartSessionBus();
+    // Ends the test program with the reason unless bStarted.
+    void Require(bool bStarted, const char* szReason);
+    void StartSessionBus();
 
     std::string m_strName;
     pid_t m_pidXvfb = -1;

@@ -7,20 +7,16 @@
 std::vector<uint8_t> NyTestFromHex(const std::string& strHex) {
     std::string strDigits;
     for (char c : strHex) {
-        if (c != ' ') {
-            strDigits += c;
-        }
-    }
-    std::vector<uint8_t> vOut;
-    for (size_t i = 0; i + 1 < strDigits.size(); i += 2) {
-        if (!isxdigit(uint8_t(strDigits[i])) || !isxdigit(uint8_t(strDigits[i + 1]))) {
+        if (c != ' ' && !isxdigit(uint8_t(c))) {
             ADD_FAILURE() << "not hex: " << strHex;
             return {};
         }
-        vOut.push_back(uint8_t(std::stoul(strDigits.substr(i, 2), nullptr, 16)));
+        strDigits += c == ' ' ? "" : std::string(1, c);
     }
-    if (strDigits.size() % 2 != 0) {
-        ADD_FAILURE() << "odd hex digit count: " << strHex;
+    EXPECT_EQ(0u, strDigits.size() % 2) << "odd hex digit count: " << strHex;
+    std::vector<uint8_t> vOut;
+    for (size_t i = 0; i + 1 < strDigits.size(); i += 2) {
+        vOut.push_back(uint8_t(std::stoul(strDigits.substr(i, 2), nullptr, 16)));
     }
     return vOut;
 }

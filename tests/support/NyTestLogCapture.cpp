@@ -4,7 +4,8 @@
 
 namespace {
 const tagBlkLogParam cg_blkTestLogOff = {NY_LOG_MODE_OFF, {0}};
-}
+constexpr uint32_t NY_TEST_ANY_LEVEL = 0xFFFFFFFF;
+}  // namespace
 
 CNyTestLogCapture::CNyTestLogCapture(bool bStartLogger) : m_bStartedLogger(bStartLogger) {
     NyLogSetInitParam(&cg_blkTestLogOff);
@@ -34,17 +35,13 @@ std::vector<tagBlkLogItem> CNyTestLogCapture::Items() const {
 }
 
 std::vector<std::string> CNyTestLogCapture::Messages() const {
-    std::vector<std::string> vMessages;
-    for (const tagBlkLogItem& blkItem : Items()) {
-        vMessages.emplace_back(blkItem.szMessage);
-    }
-    return vMessages;
+    return MessagesAt(NY_TEST_ANY_LEVEL);
 }
 
 std::vector<std::string> CNyTestLogCapture::MessagesAt(uint32_t u4Level) const {
     std::vector<std::string> vMessages;
     for (const tagBlkLogItem& blkItem : Items()) {
-        if (blkItem.u4Level == u4Level) {
+        if (u4Level == NY_TEST_ANY_LEVEL || blkItem.u4Level == u4Level) {
             vMessages.emplace_back(blkItem.szMessage);
         }
     }

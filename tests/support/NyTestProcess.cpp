@@ -14,16 +14,6 @@ unsigned long long MonotonicMs() {
     return static_cast<unsigned long long>(ts.tv_sec) * 1000ull + ts.tv_nsec / 1000000;
 }
 
-int DecodeStatus(int iStatus) {
-    if (WIFEXITED(iStatus)) {
-        return WEXITSTATUS(iStatus);
-    }
-    if (WIFSIGNALED(iStatus)) {
-        return 128 + WTERMSIG(iStatus);
-    }
-    return -1;
-}
-
 }  // namespace
 
 pid_t NyTestForkChild(const std::function<int()>& pfn) {
@@ -34,7 +24,8 @@ pid_t NyTestForkChild(const std::function<int()>& pfn) {
     return pid;
 }
 
-pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile) {
+pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile,
+                  const std::function<bool(pid_t)>& pfnAcceptId) {
     if (vArgs.empty()) {
         return -1;
     }
@@ -43,38 +34,48 @@ pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strO
         vArgv.push_back(const_cast<char*>(str.c_str()));
     }
     vArgv.push_back(nullptr);
-    pid_t pid = fork();
-    if (pid == 0) {
-        if (!strOutputFile.empty()) {
-            int fd = open(strOutputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            if (fd >= 0) {
+    for (;;) {
+        int aiGo[2];  // the child waits for the verdict on its id before it runs the program
+        if (pipe(aiGo) != 0) {
+            return -1;
+        }
+        pid_t pid = fork();
+        if (pid == 0) {
+            char chGo = 0;
+            close(aiGo[1]);
+            if (read(aiGo[0], &chGo, 1) != 1 || chGo != 'y') {
+                _exit(127);
+            }
+            if (!strOutputFile.empty()) {
+                int fd = open(strOutputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
                 dup2(fd, STDOUT_FILENO);
                 dup2(fd, STDERR_FILENO);
-                close(fd);
             }
+            execv(vArgv[0], vArgv.data());
+            _exit(127);
         }
-        execv(vArgv[0], vArgv.data());
-        _exit(127);
+        close(aiGo[0]);
+        bool bAccept = pid < 0 || !pfnAcceptId || pfnAcceptId(pid);
+        ssize_t cb = write(aiGo[1], bAccept ? "y" : "n", 1);
+        close(aiGo[1]);
+        if (bAccept || cb != 1) {
+            return pid;
+        }
+        waitpid(pid, nullptr, 0);
     }
-    return pid;
 }
 
 int NyTestWaitChild(pid_t pid, unsigned int u4TimeoutMs) {
     unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
-    for (;;) {
-        int iStatus = 0;
-        pid_t r = waitpid(pid, &iStatus, WNOHANG);
-        if (r == pid) {
-            return DecodeStatus(iStatus);
-        }
-        if (r < 0) {
-            return -1;
-        }
-        if (MonotonicMs() >= u8End) {
-            return -1;
-        }
+    int iStatus = 0;
+    pid_t r = 0;
+    while ((r = waitpid(pid, &iStatus, WNOHANG)) == 0 && MonotonicMs() < u8End) {
         usleep(2000);
     }
+    if (r != pid) {
+        return -1;
+    }
+    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : 128 + WTERMSIG(iStatus);
 }
 
 void NyTestKillChild(pid_t pid) {
@@ -91,14 +92,11 @@ std::string NyTestBinPath(const std::string& strName) {
 }
 
 bool NyTestWaitUntil(const std::function<bool()>& pfnCondition, unsigned int u4TimeoutMs) {
-    unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
-    for (;;) {
+    for (unsigned long long u8End = MonotonicMs() + u4TimeoutMs; MonotonicMs() < u8End;) {
         if (pfnCondition()) {
             return true;
         }
-        if (MonotonicMs() >= u8End) {
-            return pfnCondition();
-        }
         usleep(5000);
     }
+    return pfnCondition();
 }

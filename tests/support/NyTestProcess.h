@@ -13,7 +13,10 @@
 pid_t NyTestForkChild(const std::function<int()>& pfn);
 
 // Starts a program (argv[0] is the path) with stdout/stderr optionally captured into a file.
-pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile = "");
+// With pfnAcceptId, a child whose process id it refuses ends before running the program and
+// another one is started in its place.
+pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strOutputFile = "",
+                  const std::function<bool(pid_t)>& pfnAcceptId = nullptr);
 
 // Waits for a child. Returns its exit code (128 + signal number if it was killed), or -1 when it
 // did not end within u4TimeoutMs (the child is then left running).

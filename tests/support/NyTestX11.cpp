@@ -7,23 +7,35 @@
 
 #include "support/NyTestProcess.h"
 
+namespace {
+
+std::vector<std::string> Words(const std::string& strText) {
+    std::istringstream in(strText);
+    std::vector<std::string> v;
+    for (std::string str; in >> str;) {
+        v.push_back(str);
+    }
+    return v;
+}
+
+std::string Xdotool(const std::string& strArgs) {
+    return NyTestShell("xdotool " + strArgs);
+}
+
+}  // namespace
+
 std::string NyTestShell(const std::string& strCommand, int* piExitCode) {
     std::string strOut;
-    FILE* pPipe = popen((strCommand + " 2>/dev/null").c_str(), "r");
-    if (pPipe == nullptr) {
-        if (piExitCode != nullptr) {
-            *piExitCode = -1;
+    int iStatus = -1;
+    if (FILE* pPipe = popen((strCommand + " 2>/dev/null").c_str(), "r")) {
+        char acBuf[4096];
+        for (size_t cb; (cb = fread(acBuf, 1, sizeof(acBuf), pPipe)) > 0;) {
+            strOut.append(acBuf, cb);
         }
-        return strOut;
+        iStatus = pclose(pPipe);
     }
-    char acBuf[4096];
-    size_t cb = 0;
-    while ((cb = fread(acBuf, 1, sizeof(acBuf), pPipe)) > 0) {
-        strOut.append(acBuf, cb);
-    }
-    int iStatus = pclose(pPipe);
     if (piExitCode != nullptr) {
-        *piExitCode = WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
+        *piExitCode = iStatus != -1 && WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
     }
     while (!strOut.empty() && strOut.back() == '\n') {
         strOut.pop_back();
@@ -40,28 +52,14 @@ std::string NyTestShellQuote(const std::string& str) {
 }
 
 std::vector<std::string> NyTestFindWindows(const std::string& strTitleRegex) {
-    std::istringstream lines(
-        NyTestShell("xdotool search --onlyvisible --name " + NyTestShellQuote(strTitleRegex)));
-    std::vector<std::string> vWindows;
-    std::string strLine;
-    while (std::getline(lines, strLine)) {
-        if (!strLine.empty()) {
-            vWindows.push_back(strLine);
-        }
-    }
-    return vWindows;
+    return Words(Xdotool("search --onlyvisible --name " + NyTestShellQuote(strTitleRegex)));
 }
 
 std::string NyTestWaitWindow(const std::string& strTitleRegex, unsigned int u4TimeoutMs) {
-    std::string strWindow;
-    NyTestWaitUntil(
-        [&] {
-            std::vector<std::string> v = NyTestFindWindows(strTitleRegex);
-            strWindow = v.size() == 1 ? v[0] : "";
-            return !strWindow.empty();
-        },
-        u4TimeoutMs);
-    return strWindow;
+    std::vector<std::string> v;
+    NyTestWaitUntil([&] { return (v = NyTestFindWindows(strTitleRegex)).size() == 1; },
+                    u4TimeoutMs);
+    return v.size() == 1 ? v[0] : "";
 }
 
 bool NyTestWaitNoWindow(const std::string& strTitleRegex, unsigned int u4TimeoutMs) {
@@ -69,7 +67,7 @@ bool NyTestWaitNoWindow(const std::string& strTitleRegex, unsigned int u4Timeout
 }
 
 std::string NyTestWindowTitle(const std::string& strWindow) {
-    return NyTestShell("xdotool getwindowname " + strWindow);
+    return Xdotool("getwindowname " + strWindow);
 }
 
 std::string NyTestWindowProperty(const std::string& strWindow, const std::string& strProperty) {
@@ -77,15 +75,12 @@ std::string NyTestWindowProperty(const std::string& strWindow, const std::string
     size_t pos = strOut.find(" = ");
     if (pos == std::string::npos) {
         pos = strOut.find(": ");  // window-id properties print "... # id"
-        if (pos == std::string::npos) {
-            return "";
-        }
     }
-    return strOut.substr(pos + 3);
+    return pos == std::string::npos ? "" : strOut.substr(pos + 3);
 }
 
 std::string NyTestFocusedWindow() {
-    return NyTestShell("xdotool getwindowfocus");
+    return Xdotool("getwindowfocus");
 }
 
 bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs) {
@@ -93,53 +88,33 @@ bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs) {
 }
 
 void NyTestType(const std::string& strText) {
-    NyTestShell("xdotool type --delay 25 -- " + NyTestShellQuote(strText));
+    Xdotool("type --delay 25 -- " + NyTestShellQuote(strText));
 }
 
 void NyTestKey(const std::string& strKeys) {
-    std::istringstream keys(strKeys);
-    std::string strCommand = "xdotool key --delay 25 --";
-    std::string strKey;
-    while (keys >> strKey) {
+    std::string strCommand = "key --delay 25 --";
+    for (const std::string& strKey : Words(strKeys)) {
         strCommand += " " + NyTestShellQuote(strKey);
     }
-    NyTestShell(strCommand);
+    Xdotool(strCommand);
 }
 
 // No --sync: it waits for the pointer to move, forever when it is already there. The server
 // handles the motion before the click in any case, as both come through one connection.
 void NyTestMovePointer(int iX, int iY) {
-    NyTestShell("xdotool mousemove " + std::to_string(iX) + " " + std::to_string(iY));
+    Xdotool("mousemove " + std::to_string(iX) + " " + std::to_string(iY));
 }
 
 void NyTestClickAt(int iX, int iY, unsigned int u4Button) {
-    NyTestShell("xdotool mousemove " + std::to_string(iX) + " " + std::to_string(iY) + " click " +
-                std::to_string(u4Button));
+    Xdotool("mousemove " + std::to_string(iX) + " " + std::to_string(iY) + " click " +
+            std::to_string(u4Button));
 }
 
 bool NyTestWindowGeometry(const std::string& strWindow, int* piX, int* piY, int* piWidth,
                           int* piHeight) {
-    std::istringstream lines(NyTestShell("xdotool getwindowgeometry --shell " + strWindow));
-    std::string strLine;
-    int nFound = 0;
-    while (std::getline(lines, strLine)) {
-        size_t pos = strLine.find('=');
-        if (pos == std::string::npos) {
-            continue;
-        }
-        std::string strKey = strLine.substr(0, pos);
-        int iValue = atoi(strLine.c_str() + pos + 1);
-        int* pTarget = strKey == "X"        ? piX
-                       : strKey == "Y"      ? piY
-                       : strKey == "WIDTH"  ? piWidth
-                       : strKey == "HEIGHT" ? piHeight
-                                            : nullptr;
-        if (pTarget != nullptr) {
-            *pTarget = iValue;
-            ++nFound;
-        }
-    }
-    return nFound == 4;
+    // "WINDOW=<id>" and one line each for X, Y, WIDTH, HEIGHT and SCREEN.
+    return sscanf(Xdotool("getwindowgeometry --shell " + strWindow).c_str(),
+                  "WINDOW=%*d X=%d Y=%d WIDTH=%d HEIGHT=%d", piX, piY, piWidth, piHeight) == 4;
 }
 
 bool NyTestScreenshot(const std::string& strWindow, const std::string& strPath) {

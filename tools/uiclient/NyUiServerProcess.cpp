@@ -1,5 +1,6 @@
 #include "NyUiServerProcess.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -12,6 +13,22 @@
 namespace {
 
 constexpr uint32_t STOP_POLL_MS = 5;
+#define SERVER_NAME "ukey-uiserver"
+#define SERVER_IN_LIBEXEC "/ukey-uiserver/" SERVER_NAME
+
+std::string ReadLink(const char* szLink) {
+    char szPath[4096];
+    ssize_t nLen = readlink(szLink, szPath, sizeof(szPath) - 1);
+    return nLen > 0 ? std::string(szPath, static_cast<size_t>(nLen)) : std::string();
+}
+
+// The directory part of an absolute path, with its trailing '/'; empty for anything else.
+std::string DirectoryOf(const std::string& strPath) {
+    size_t nSlash = strPath.rfind('/');
+    return strPath.empty() || strPath[0] != '/' || nSlash == std::string::npos
+               ? std::string()
+               : strPath.substr(0, nSlash + 1);
+}
 
 void SendOutputToNull() {
     int fd = open("/dev/null", O_WRONLY);
@@ -29,17 +46,28 @@ int DecodeExit(int iStatus) {
 }  // namespace
 
 std::string NyUiServerPathBesideSelf() {
-    char szPath[4096];
-    ssize_t nLen = readlink("/proc/self/exe", szPath, sizeof(szPath) - 1);
-    if (nLen <= 0) {
+    std::string strExeDir = DirectoryOf(ReadLink("/proc/self/exe"));
+    if (strExeDir.empty()) {
         return std::string();
     }
-    std::string strPath(szPath, static_cast<size_t>(nLen));
-    size_t nSlash = strPath.rfind('/');
-    if (nSlash == std::string::npos) {
-        return std::string();
+    Dl_info blkInfo = {};
+    std::string strLibDir;
+    if (dladdr(reinterpret_cast<void*>(&NyUiServerPathBesideSelf), &blkInfo) != 0 &&
+        blkInfo.dli_fname != nullptr) {
+        strLibDir = DirectoryOf(blkInfo.dli_fname);
     }
-    return strPath.substr(0, nSlash + 1) + "ukey-uiserver";
+    const std::string astrCandidates[] = {
+        strExeDir + SERVER_NAME,
+        strExeDir + NY_UI_BIN_TO_LIBEXEC SERVER_IN_LIBEXEC,
+        strLibDir.empty() ? std::string() : strLibDir + NY_UI_LIB_TO_LIBEXEC SERVER_IN_LIBEXEC,
+        NY_UI_INSTALLED_LIBEXEC SERVER_IN_LIBEXEC,
+    };
+    for (const std::string& strPath : astrCandidates) {
+        if (!strPath.empty() && access(strPath.c_str(), X_OK) == 0) {
+            return strPath;
+        }
+    }
+    return astrCandidates[0];
 }
 
 std::string NyUiFreshMainName() {

@@ -6,8 +6,11 @@
 #include <cstdint>
 #include <string>
 
-// Path of "ukey-uiserver" in the directory of the running executable; empty if that directory
-// cannot be read.
+// The server this program starts: "ukey-uiserver" beside the running executable (a build
+// tree), else the installed one in libexec/ukey-uiserver/, found relative to the executable
+// (installed tools), to the library holding this code (an installed client library), or at
+// its absolute installed place. With none present, the path beside the executable; empty if
+// the executable's directory cannot be read.
 std::string NyUiServerPathBesideSelf();
 
 // A fresh main session name (a GUID with a prefix) that no running server uses.

@@ -2,17 +2,31 @@
 
 #include <cstring>
 #include <utility>
+#include <vector>
 
+#include "NyToolArgs.h"
 #include "config/NyCfgLang.h"
 
-const char g_szUkeyCfgUsage[] =
+namespace {
+
+const char cg_szUsageHead[] =
     "usage: ukey-cfg get ID [--lang zh-CN|en|zh-TW] [--raw]\n"
     "       ukey-cfg list [--lang zh-CN|en|zh-TW]\n"
     "       ukey-cfg info\n"
-    "ID is a configuration id such as 0x0021007E. Texts are shown in Simplified Chinese\n"
-    "unless --lang says otherwise, with their references expanded unless --raw is given.\n";
+    "Shows entries of the built-in configuration image. ID is a configuration id such as\n"
+    "0x0021007E. Texts are shown in Simplified Chinese unless --lang says otherwise, with their\n"
+    "references expanded unless --raw is given.\n"
+    "\n";
+const char cg_szUsageTail[] =
+    "\n"
+    "Exit status: 0 shown, 1 the entry could not be shown, 2 bad command line.\n";
 
-namespace {
+// The options in the order of cg_vOptions.
+enum EnUkeyCfgOption { OPT_LANG, OPT_RAW };
+const std::vector<BlkToolOptionTag> cg_vOptions = {
+    {"lang", 0, "LANG", "language of the texts: zh-CN (default), en or zh-TW"},
+    {"raw", 0, nullptr, "get: show a text as stored, its references not expanded"},
+};
 
 // Looks szName up in a table of {name, value} pairs.
 template <typename T, size_t N>
@@ -38,26 +52,30 @@ bool UkeyCfgParseCommand(const char* szName, EnUkeyCfgCommand* penCommand) {
     return UkeyCfgLookup(aCommands, szName, penCommand);
 }
 
-// Options after the command (and its id); each command accepts only its own.
-bool UkeyCfgParseOptions(int argc, const char* const* argv, int iFirst, BlkUkeyCfgArgsTag* pArgs,
-                         std::string* pstrError) {
-    for (int i = iFirst; i < argc; ++i) {
-        std::string strOption = argv[i];
-        bool bTakesLanguage = pArgs->enCommand != UKEY_CFG_INFO;
-        if (strOption == "--lang" && bTakesLanguage) {
-            if (i + 1 >= argc || !UkeyCfgParseLanguage(argv[i + 1], &pArgs->u4Language)) {
-                *pstrError = "--lang takes zh-CN, en or zh-TW";
-                return false;
-            }
-            ++i;
-        } else if (strOption == "--raw" && pArgs->enCommand == UKEY_CFG_GET) {
-            pArgs->bRaw = true;
-        } else {
-            *pstrError = "unexpected argument '" + strOption + "'";
-            return false;
-        }
+// The command and its id from the operands; then whether the options given suit it.
+bool UkeyCfgCheckCommand(const std::vector<std::string>& vOperands, bool bLang,
+                         BlkUkeyCfgArgsTag* pArgs, std::string* pstrError) {
+    if (vOperands.empty() || !UkeyCfgParseCommand(vOperands[0].c_str(), &pArgs->enCommand)) {
+        *pstrError =
+            vOperands.empty() ? "no command given" : "unknown command '" + vOperands[0] + "'";
+        return false;
     }
-    return true;
+    size_t cOperands = pArgs->enCommand == UKEY_CFG_GET ? 2 : 1;
+    if (pArgs->enCommand == UKEY_CFG_GET &&
+        (vOperands.size() < 2 || !UkeyCfgParseId(vOperands[1], &pArgs->u4Id))) {
+        *pstrError = vOperands.size() < 2 ? "get needs an id"
+                                          : "bad id '" + vOperands[1] +
+                                                "' (expected hexadecimal such as 0x0021007E)";
+    } else if (vOperands.size() > cOperands) {
+        *pstrError = "unexpected argument '" + vOperands[cOperands] + "'";
+    } else if (pArgs->bRaw && pArgs->enCommand != UKEY_CFG_GET) {
+        *pstrError = "--raw is for get only";
+    } else if (bLang && pArgs->enCommand == UKEY_CFG_INFO) {
+        *pstrError = "info takes no --lang";
+    } else {
+        return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -76,22 +94,30 @@ bool UkeyCfgParseId(const std::string& strText, uint32_t* pu4Id) {
     return true;
 }
 
-bool UkeyCfgParseArgs(int argc, const char* const* argv, BlkUkeyCfgArgsTag* pArgs,
-                      std::string* pstrError) {
-    if (argc < 2 || !UkeyCfgParseCommand(argv[1], &pArgs->enCommand)) {
-        *pstrError =
-            argc < 2 ? "no command given" : std::string("unknown command '") + argv[1] + "'";
-        return false;
+EnToolParse UkeyCfgParseArgs(int argc, char** argv, BlkUkeyCfgArgsTag* pArgs,
+                             std::string* pstrError) {
+    bool bLang = false;
+    std::vector<std::string> vOperands;
+    EnToolParse enParse = NyToolParseArgs(
+        argc, argv, cg_vOptions,
+        [&](size_t uIndex, const char* szValue, std::string* pstrOptionError) {
+            if (uIndex == OPT_RAW) {
+                return pArgs->bRaw = true;
+            }
+            bLang = true;
+            if (!UkeyCfgParseLanguage(szValue, &pArgs->u4Language)) {
+                *pstrOptionError = "--lang takes zh-CN, en or zh-TW";
+                return false;
+            }
+            return true;
+        },
+        &vOperands, pstrError);
+    if (enParse == NY_TOOL_RUN && !UkeyCfgCheckCommand(vOperands, bLang, pArgs, pstrError)) {
+        return NY_TOOL_BAD;
     }
-    int iFirstOption = 2;
-    if (pArgs->enCommand == UKEY_CFG_GET) {
-        if (argc < 3 || !UkeyCfgParseId(argv[2], &pArgs->u4Id)) {
-            *pstrError = argc < 3 ? "get needs an id"
-                                  : std::string("bad id '") + argv[2] +
-                                        "' (expected hexadecimal such as 0x0021007E)";
-            return false;
-        }
-        iFirstOption = 3;
-    }
-    return UkeyCfgParseOptions(argc, argv, iFirstOption, pArgs, pstrError);
+    return enParse;
+}
+
+std::string UkeyCfgUsage() {
+    return cg_szUsageHead + NyToolOptionHelp(cg_vOptions) + cg_szUsageTail;
 }

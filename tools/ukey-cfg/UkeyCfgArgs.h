@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "NyToolArgs.h"
+
 enum EnUkeyCfgCommand : uint32_t { UKEY_CFG_GET = 1, UKEY_CFG_LIST = 2, UKEY_CFG_INFO = 3 };
 
 struct BlkUkeyCfgArgsTag {
@@ -13,10 +15,12 @@ struct BlkUkeyCfgArgsTag {
     bool bRaw = false;
 };
 
-extern const char g_szUkeyCfgUsage[];
+// The help text.
+std::string UkeyCfgUsage();
 
-// Fills *pArgs from argv; false with a one-line reason in *pstrError when they are malformed.
-bool UkeyCfgParseArgs(int argc, const char* const* argv, BlkUkeyCfgArgsTag* pArgs,
-                      std::string* pstrError);
+// Fills *pArgs from argv (which may be reordered); NY_TOOL_BAD with a one-line reason in
+// *pstrError when they are malformed.
+EnToolParse UkeyCfgParseArgs(int argc, char** argv, BlkUkeyCfgArgsTag* pArgs,
+                             std::string* pstrError);
 // "0x00020010" or "00020010": one to eight hexadecimal digits.
 bool UkeyCfgParseId(const std::string& strText, uint32_t* pu4Id);

@@ -6,7 +6,6 @@
 
 constexpr int UKEY_CFG_EXIT_OK = 0;
 constexpr int UKEY_CFG_EXIT_FAILED = 1;
-constexpr int UKEY_CFG_EXIT_USAGE = 2;
 
 int UkeyCfgGet(const BlkUkeyCfgArgsTag& args);
 int UkeyCfgList(const BlkUkeyCfgArgsTag& args);

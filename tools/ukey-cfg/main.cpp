@@ -9,9 +9,17 @@
 int main(int argc, char** argv) {
     BlkUkeyCfgArgsTag args;
     std::string strError;
-    if (!UkeyCfgParseArgs(argc, argv, &args, &strError)) {
-        fprintf(stderr, "ukey-cfg: %s\n%s", strError.c_str(), g_szUkeyCfgUsage);
-        return UKEY_CFG_EXIT_USAGE;
+    switch (UkeyCfgParseArgs(argc, argv, &args, &strError)) {
+        case NY_TOOL_BAD:
+            return NyToolUsageError("ukey-cfg", strError);
+        case NY_TOOL_HELP:
+            fputs(UkeyCfgUsage().c_str(), stdout);
+            return UKEY_CFG_EXIT_OK;
+        case NY_TOOL_VERSION:
+            fputs(NyToolVersionLine("ukey-cfg").c_str(), stdout);
+            return UKEY_CFG_EXIT_OK;
+        default:
+            break;
     }
     switch (args.enCommand) {
         case UKEY_CFG_GET:

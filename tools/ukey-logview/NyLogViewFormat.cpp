@@ -35,6 +35,15 @@ std::string IsoOffset(const struct tm& tmLocal) {
     return strZone.size() == 5 ? strZone.substr(0, 3) + ":" + strZone.substr(3) : strZone;
 }
 
+// One record, one line: line breaks inside a message are shown as \n and \r.
+std::string EscapeLineBreaks(const std::string& strText) {
+    std::string strOut;
+    for (char ch : strText) {
+        strOut += ch == '\n' ? "\\n" : ch == '\r' ? "\\r" : std::string(1, ch);
+    }
+    return strOut;
+}
+
 }  // namespace
 
 const char* NyLogViewLevelName(uint32_t u4Level) {
@@ -57,7 +66,10 @@ bool NyLogViewLevelFromName(const char* szName, uint32_t& u4Level) {
 }
 
 std::string NyLogViewFormatTime(uint64_t u8Time, bool bIso) {
-    // Stamps before 1970 do not come from a real clock; show them as the epoch.
+    if (u8Time == 0) {
+        return "-";
+    }
+    // Other stamps before 1970 do not come from a real clock; show them as the epoch.
     uint64_t u8Since1970 = u8Time > NY_LOG_EPOCH_1601 ? u8Time - NY_LOG_EPOCH_1601 : 0;
     time_t tSeconds = static_cast<time_t>(u8Since1970 / NY_TICKS_PER_SECOND);
     unsigned uMillis =
@@ -79,7 +91,7 @@ std::string NyLogViewFormatText(const tagBlkLogItem& item) {
     return NyLogViewFormatTime(item.u8Time, false) + " " + LevelText(item.u4Level) + szIds +
            NyLogViewToUtf8(item.szSource, sizeof(item.szSource)) + ":" +
            std::to_string(item.u4Line) + " " +
-           NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage));
+           EscapeLineBreaks(NyLogViewToUtf8(item.szMessage, sizeof(item.szMessage)));
 }
 
 std::string NyLogViewFormatJson(const tagBlkLogItem& item) {

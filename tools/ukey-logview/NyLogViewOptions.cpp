@@ -6,35 +6,55 @@
 #include <cstring>
 
 #include "NyLogViewFormat.h"
+#include "NyToolArgs.h"
 #include "log/CNyShmLogger.h"
 #include "runtime/NyResult.h"
 
 namespace {
 
-const char cg_szHelp[] =
+const char cg_szHelpHead[] =
     "Usage: ukey-logview [OPTION]...\n"
-    "Reads the records that processes of the UKey middleware write into the shared-memory log\n"
-    "queue and prints them, oldest first. Records are taken out of the queue as they are\n"
-    "read. Without -f, prints what is waiting and exits.\n"
+    "Prints the records that processes of the UKey middleware write into the shared-memory log\n"
+    "queue, oldest first. Without -f, prints what is waiting and exits.\n"
+    "By default the viewer takes the records out of the queue as it prints them, and while it\n"
+    "follows it counts as a listening consumer: producers that find the queue full wait for it\n"
+    "instead of dropping records. With --peek, and whenever -l or -p filter the records unless\n"
+    "--take is given, it only reads: the queue is left as it was, for other viewers.\n"
     "\n"
-    "Each text line shows: local time with milliseconds, level, [process id:thread id],\n"
-    "source file:line, message.\n"
+    "Each text line shows: local time with milliseconds (\"-\" when the record has none),\n"
+    "level, [process id:thread id], source file:line, message (line breaks shown as \\n).\n"
+    "\n";
+
+const char cg_szHelpTail[] =
     "\n"
-    "  -f, --follow         keep running and print records as they arrive, until Ctrl-C\n"
-    "                       (or SIGTERM) detaches the viewer cleanly\n"
-    "  -l, --level LEVEL    print only records of LEVEL or more severe; LEVEL is trace,\n"
-    "                       info, error or a number (1 trace, 2 info, 3 error)\n"
-    "  -p, --pid PID        print only records of process PID; repeat for several\n"
-    "  -j, --json           print one JSON object per line with the fields time (local,\n"
-    "                       ISO 8601), time100ns (100 ns units since 1601-01-01 UTC), level,\n"
-    "                       levelName, pid, tid, source, line, message\n"
-    "  -q, --queue NAME     read the queue NAME instead of /NyShmLog-4b1a (for test rigs)\n"
-    "  -c, --capacity N     number of record slots of that queue (default 32768)\n"
-    "  -h, --help           print this help and exit\n"
-    "\n"
-    "While it runs the viewer counts as a listening consumer: producers that find the queue\n"
-    "full wait for it instead of dropping records, as long as it keeps reading.\n"
+    "LEVEL is trace, info, error or a number (1 trace, 2 info, 3 error). JSON lines carry the\n"
+    "fields time (local, ISO 8601), time100ns (100 ns units since 1601-01-01 UTC), level,\n"
+    "levelName, pid, tid, source, line, message.\n"
     "Exit status: 0 success, 1 the queue could not be attached, 2 bad command line.\n";
+
+// The options in the order of cg_vOptions.
+enum EnLogViewOption {
+    OPT_FOLLOW,
+    OPT_LEVEL,
+    OPT_PID,
+    OPT_JSON,
+    OPT_PEEK,
+    OPT_TAKE,
+    OPT_QUEUE,
+    OPT_CREATE,
+    OPT_CAPACITY
+};
+const std::vector<BlkToolOptionTag> cg_vOptions = {
+    {"follow", 'f', nullptr, "keep printing records as they arrive, until Ctrl-C"},
+    {"level", 'l', "LEVEL", "print only records of LEVEL or more severe"},
+    {"pid", 'p', "PID", "print only records of process PID; repeat for several"},
+    {"json", 'j', nullptr, "print one JSON object per line"},
+    {"peek", 0, nullptr, "read the records without taking them out of the queue"},
+    {"take", 0, nullptr, "take the records out of the queue even when filtering"},
+    {"queue", 'q', "NAME", "read the existing queue NAME instead of /NyShmLog-4b1a"},
+    {"create", 0, nullptr, "create the queue named with --queue if it does not exist"},
+    {"capacity", 'c', "N", "number of record slots of that queue (default 32768)"},
+};
 
 bool ParseNumber(const char* sz, uint32_t& u4Value) {
     if (sz == nullptr || *sz < '0' || *sz > '9') {
@@ -82,91 +102,79 @@ bool ParseQueue(const char* sz, std::string& strQueue) {
     return true;
 }
 
-// Options that take a value: the short and long spelling, and how the value is stored.
-enum EnValueOption { EN_OPT_LEVEL, EN_OPT_PID, EN_OPT_QUEUE, EN_OPT_CAPACITY };
-struct BlkValueOptionTag {
-    const char* szShort;
-    const char* szLong;
-    EnValueOption enOption;
-    const char* szExpect;
-};
-const BlkValueOptionTag cg_aValueOptions[] = {
-    {"-l", "--level", EN_OPT_LEVEL, "trace, info, error or a number"},
-    {"-p", "--pid", EN_OPT_PID, "a process id"},
-    {"-q", "--queue", EN_OPT_QUEUE, "a name of the form /NAME"},
-    {"-c", "--capacity", EN_OPT_CAPACITY, "a power of two, at least 4"},
-};
-
-bool StoreValue(EnValueOption enOption, const char* szValue, BlkLogViewOptionsTag& opts) {
-    switch (enOption) {
-        case EN_OPT_LEVEL:
+// Stores the option at uIndex of cg_vOptions; false for a bad value.
+bool StoreOption(size_t uIndex, const char* szValue, BlkLogViewOptionsTag& opts) {
+    switch (uIndex) {
+        case OPT_LEVEL:
             return ParseLevel(szValue, opts.u4MinLevel);
-        case EN_OPT_PID:
+        case OPT_PID:
             return ParsePid(szValue, opts.vPids);
-        case EN_OPT_QUEUE:
+        case OPT_QUEUE:
             return ParseQueue(szValue, opts.strQueue);
-        case EN_OPT_CAPACITY:
+        case OPT_CAPACITY:
             return ParseCapacity(szValue, opts.u4Capacity);
+        case OPT_FOLLOW:
+            return opts.bFollow = true;
+        case OPT_JSON:
+            return opts.bJson = true;
+        case OPT_PEEK:
+            return opts.bPeek = true;
+        case OPT_TAKE:
+            return opts.bTake = true;
+        default:
+            return opts.bCreate = true;
     }
-    return false;
 }
 
-// Matches "-x", "--long" (value in the next argument) or "--long=value".
-const BlkValueOptionTag* FindValueOption(const char* szArg, const char*& szInlineValue) {
-    szInlineValue = nullptr;
-    for (const BlkValueOptionTag& opt : cg_aValueOptions) {
-        size_t cchLong = strlen(opt.szLong);
-        if (strcmp(szArg, opt.szShort) == 0 || strcmp(szArg, opt.szLong) == 0) {
-            return &opt;
-        }
-        if (strncmp(szArg, opt.szLong, cchLong) == 0 && szArg[cchLong] == '=') {
-            szInlineValue = szArg + cchLong + 1;
-            return &opt;
-        }
-    }
-    return nullptr;
-}
-
-bool ParseFlag(const char* szArg, BlkLogViewOptionsTag& opts) {
-    if (strcmp(szArg, "-f") == 0 || strcmp(szArg, "--follow") == 0) {
-        opts.bFollow = true;
-    } else if (strcmp(szArg, "-j") == 0 || strcmp(szArg, "--json") == 0) {
-        opts.bJson = true;
-    } else if (strcmp(szArg, "-h") == 0 || strcmp(szArg, "--help") == 0) {
-        opts.bHelp = true;
-    } else {
-        return false;
-    }
-    return true;
-}
+const char* const cg_aszExpected[] = {nullptr,
+                                      "trace, info, error or a number",
+                                      "a process id",
+                                      nullptr,
+                                      nullptr,
+                                      nullptr,
+                                      "a name of the form /NAME",
+                                      nullptr,
+                                      "a power of two, at least 4"};
 
 }  // namespace
 
 BlkLogViewOptionsTag::BlkLogViewOptionsTag()
     : strQueue(NY_SHMLOG_QUEUE_NAME), u4Capacity(NY_SHMLOG_CAPACITY) {}
 
-uint32_t NyLogViewParseOptions(int iArgc, const char* const* pszArgv, BlkLogViewOptionsTag& opts,
+uint32_t NyLogViewParseOptions(int iArgc, char** pszArgv, BlkLogViewOptionsTag& opts,
                                std::string& strError) {
-    for (int i = 1; i < iArgc; ++i) {
-        const char* szArg = pszArgv[i];
-        if (ParseFlag(szArg, opts)) {
-            continue;
-        }
-        const char* szValue = nullptr;
-        const BlkValueOptionTag* pOption = FindValueOption(szArg, szValue);
-        if (pOption == nullptr) {
-            strError = std::string("unknown option '") + szArg + "'";
-            return NY_ERR_INVALID_ARGUMENT;
-        }
-        if (szValue == nullptr && ++i < iArgc) {
-            szValue = pszArgv[i];
-        }
-        if (szValue == nullptr || !StoreValue(pOption->enOption, szValue, opts)) {
-            strError = std::string("option ") + pOption->szLong + " needs " + pOption->szExpect;
-            return NY_ERR_INVALID_ARGUMENT;
-        }
+    std::vector<std::string> vOperands;
+    EnToolParse enParse = NyToolParseArgs(
+        iArgc, pszArgv, cg_vOptions,
+        [&opts](size_t uIndex, const char* szValue, std::string* pstrError) {
+            if (StoreOption(uIndex, szValue, opts)) {
+                return true;
+            }
+            *pstrError = std::string("option --") + cg_vOptions[uIndex].szLong + " needs " +
+                         cg_aszExpected[uIndex];
+            return false;
+        },
+        &vOperands, &strError);
+    opts.bHelp = enParse == NY_TOOL_HELP;
+    opts.bVersion = enParse == NY_TOOL_VERSION;
+    if (enParse == NY_TOOL_BAD) {
+        return NY_ERR_INVALID_ARGUMENT;
     }
-    return NY_OK;
+    if (!vOperands.empty()) {
+        strError = "unexpected argument '" + vOperands[0] + "'";
+    } else if (opts.bPeek && opts.bTake) {
+        strError = "--peek and --take exclude each other";
+    } else if (opts.bCreate && opts.strQueue == NY_SHMLOG_QUEUE_NAME) {
+        strError = "--create needs --queue";
+    } else {
+        return NY_OK;
+    }
+    return NY_ERR_INVALID_ARGUMENT;
+}
+
+bool NyLogViewPeeks(const BlkLogViewOptionsTag& opts) {
+    bool bFiltering = opts.u4MinLevel != 0 || !opts.vPids.empty();
+    return opts.bPeek || (bFiltering && !opts.bTake);
 }
 
 bool NyLogViewAccepts(const BlkLogViewOptionsTag& opts, const tagBlkLogItem& item) {
@@ -177,6 +185,6 @@ bool NyLogViewAccepts(const BlkLogViewOptionsTag& opts, const tagBlkLogItem& ite
            std::find(opts.vPids.begin(), opts.vPids.end(), item.u4Pid) != opts.vPids.end();
 }
 
-const char* NyLogViewHelpText() {
-    return cg_szHelp;
+std::string NyLogViewHelpText() {
+    return cg_szHelpHead + NyToolOptionHelp(cg_vOptions) + cg_szHelpTail;
 }

@@ -7,6 +7,7 @@
 
 #include "CNyLogViewer.h"
 #include "NyLogViewOptions.h"
+#include "NyToolArgs.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "runtime/NyResult.h"
@@ -15,7 +16,6 @@ namespace {
 
 constexpr int NY_EXIT_OK = 0;
 constexpr int NY_EXIT_NOT_ATTACHED = 1;
-constexpr int NY_EXIT_USAGE = 2;
 
 volatile sig_atomic_t m_bStop = 0;
 // The viewer's own library logging stays off: it reads the queue, it does not feed it.
@@ -38,9 +38,9 @@ void InstallSignals() {
 
 int RunViewer(const BlkLogViewOptionsTag& opts) {
     CNyLogViewer viewer(opts);
-    if (!viewer.Attach()) {
-        fprintf(stderr, "ukey-logview: cannot attach to the log queue %s (%u slots)\n",
-                opts.strQueue.c_str(), opts.u4Capacity);
+    std::string strError;
+    if (!viewer.Attach(&strError)) {
+        fprintf(stderr, "ukey-logview: %s\n", strError.c_str());
         return NY_EXIT_NOT_ATTACHED;
     }
     viewer.Run(stdout, &m_bStop);
@@ -54,11 +54,11 @@ int main(int argc, char** argv) {
     BlkLogViewOptionsTag opts;
     std::string strError;
     if (NyLogViewParseOptions(argc, argv, opts, strError) != NY_OK) {
-        fprintf(stderr, "ukey-logview: %s\nTry 'ukey-logview --help'.\n", strError.c_str());
-        return NY_EXIT_USAGE;
+        return NyToolUsageError("ukey-logview", strError);
     }
-    if (opts.bHelp) {
-        fputs(NyLogViewHelpText(), stdout);
+    if (opts.bHelp || opts.bVersion) {
+        fputs(opts.bHelp ? NyLogViewHelpText().c_str() : NyToolVersionLine("ukey-logview").c_str(),
+              stdout);
         return NY_EXIT_OK;
     }
     InstallSignals();

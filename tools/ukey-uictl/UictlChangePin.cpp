@@ -13,10 +13,6 @@ const BlkUictlFieldOptionTag s_aChangePinFields[] = {
 bool UictlChangePinOption(const std::string& strName, const std::string& strValue,
                           tagBlkUiParam* pReq, std::string* pstrError) {
     if (strName == "--compulsory") {
-        if (!strValue.empty()) {
-            *pstrError = "--compulsory takes no value";
-            return false;
-        }
         pReq->enUiCmdType = UI_CMD_CHANGE_PIN_FORCED;
         return true;
     }

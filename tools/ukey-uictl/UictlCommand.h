@@ -1,21 +1,22 @@
 // The subcommands of ukey-uictl. Each one is a table entry (UictlCommands.cpp) naming the
-// command type it sends and a handler for its own options; the common part (finding or
-// starting the server, the session, waiting or polling, printing) is shared.
+// command type it sends, its own options and a handler for them; the common part (the option
+// parser, finding or starting the server, the session, waiting or polling, printing) is shared.
 //
 // To add a subcommand: write UictlFoo.cpp with its option handler, declare the handler here,
-// and add one line to the table in UictlCommands.cpp.
+// and add its options and one line to the table in UictlCommands.cpp.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
+#include "NyToolArgs.h"
 #include "uiblock/NyUiParam.h"
 
 // How an option handler's error begins when the option is not one of its own.
 constexpr char NY_UICTL_UNKNOWN_OPTION[] = "unknown option ";
 
-// Applies one option of the subcommand ("--name VALUE") to the request block. False with a
+// Applies one option of the subcommand ("--name", its value) to the request block. False with a
 // sentence in *pstrError for an unknown option or a bad value. A flag comes with an empty value.
 typedef bool (*PFN_UICTL_OPTION)(const std::string& strName, const std::string& strValue,
                                  tagBlkUiParam* pReq, std::string* pstrError);
@@ -23,8 +24,9 @@ typedef bool (*PFN_UICTL_OPTION)(const std::string& strName, const std::string& 
 struct BlkUictlCommandTag {
     const char* szName;
     const char* szSummary;
-    const char* szOptions;  // usage text of the subcommand's own options
-    uint32_t u4CmdType;     // command type preset in the request block
+    const BlkToolOptionTag* aOptions;  // the subcommand's own options
+    size_t cOptions;
+    uint32_t u4CmdType;  // command type preset in the request block
     PFN_UICTL_OPTION pfnOption;
     bool bPrintBlock;  // the answer also shows the whole block in hex
 };

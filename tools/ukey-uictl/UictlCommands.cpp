@@ -4,31 +4,67 @@
 
 #include "UictlCommand.h"
 
+namespace {
+
+// The subcommands' own options.
+const BlkToolOptionTag s_aRawOptions[] = {
+    {"cmd", 0, "TYPE", "command type"},
+    {"mode", 0, "MODE", "mode field (1: asynchronous)"},
+    {"u32", 0, "OFFSET=VALUE", "a 32-bit field of the block; repeatable"},
+};
+// The PIN dialogs' options: verify and new-pin take the first three (their requests carry the
+// same payload), unblock the first two, change-pin all.
+const BlkToolOptionTag s_aPinOptions[] = {
+    {"min", 0, "N", "shortest PIN"},
+    {"max", 0, "N", "longest PIN (0: no limit)"},
+    {"kind", 0, "N", "2: the administrator's PIN"},
+    {"compulsory", 0, nullptr, "change-pin: no Cancel, no close"},
+};
+const BlkToolOptionTag s_aMessageOptions[] = {
+    {"message-id", 0, "HEX", "the message: a result code in hexadecimal, 0 for success"},
+    {"param", 0, "N", "the message's parameter"},
+};
+const BlkToolOptionTag s_aLabelOptions[] = {
+    {"name-min", 0, "N", "shortest name"},
+    {"name-max", 0, "N", "longest name"},
+    {"pin-min", 0, "N", "shortest PIN (with --pin-max: ask for the PIN too)"},
+    {"pin-max", 0, "N", "longest PIN"},
+};
+const BlkToolOptionTag s_aConfirmOptions[] = {
+    {"kind", 0, "N", "what to confirm (default 1)"},
+    {"timeout", 0, "S", "the device's time-out: the countdown (default 30)"},
+    {"closable", 0, nullptr, "the window may be closed"},
+    {"detail", 0, "HEX", "detail value"},
+    {"attempts", 0, "N", "attempts value"},
+};
+const BlkToolOptionTag s_aFingerprintOptions[] = {
+    {"enrol", 0, nullptr, "guide an enrolment"},
+    {"verify", 0, nullptr, "guide a verification (default)"},
+};
+
+}  // namespace
+
+#define UICTL_OPTIONS(a) a, sizeof(a) / sizeof(a[0])
+
 const BlkUictlCommandTag g_aUictlCommands[] = {
     {"raw", "send a block given field by field; the answer includes the whole block",
-     "--cmd TYPE  --mode MODE  --u32 OFFSET=VALUE (repeatable)", 0, UictlRawOption, true},
-    // Verify and new-PIN requests carry the same payload (lengths, kind).
-    {"verify", "ask for a PIN; the answer carries it and its length",
-     "--min N  --max N (0: no limit)  --kind N (2: administrator)", UI_CMD_VERIFY_PIN,
-     UictlNewPinOption, false},
+     UICTL_OPTIONS(s_aRawOptions), 0, UictlRawOption, true},
+    {"verify", "ask for a PIN; the answer carries it and its length", s_aPinOptions, 3,
+     UI_CMD_VERIFY_PIN, UictlNewPinOption, false},
     {"message", "show the message for a result code, or a success notice (id 0)",
-     "--id HEX  --param N", UI_CMD_MESSAGE, UictlMessageOption, false},
+     UICTL_OPTIONS(s_aMessageOptions), UI_CMD_MESSAGE, UictlMessageOption, false},
     {"change-pin", "ask for the current PIN and a new one, checked against the PIN policy",
-     "--min N  --max N  --kind N (2: administrator)  --compulsory (no Cancel, no close)",
-     UI_CMD_CHANGE_PIN, UictlChangePinOption, false},
-    {"new-pin", "ask for a new PIN twice", "--min N  --max N  --kind N (2: administrator)",
-     UI_CMD_GET_PIN_CONFIRM, UictlNewPinOption, false},
-    {"unblock", "ask for the administrator PIN and a new user PIN", "--min N  --max N",
+     UICTL_OPTIONS(s_aPinOptions), UI_CMD_CHANGE_PIN, UictlChangePinOption, false},
+    {"new-pin", "ask for a new PIN twice", s_aPinOptions, 3, UI_CMD_GET_PIN_CONFIRM,
+     UictlNewPinOption, false},
+    {"unblock", "ask for the administrator PIN and a new user PIN", s_aPinOptions, 2,
      UI_CMD_UNBLOCK, UictlUnblockOption, false},
     {"label", "ask for a new device name, and a PIN when PIN lengths are given",
-     "--name-min N  --name-max N  --pin-min N  --pin-max N", UI_CMD_CHANGE_LABEL, UictlLabelOption,
-     false},
-    {"confirm", "ask for a confirmation on the device, counting down its time-out",
-     "--kind N (default 1)  --timeout S (seconds, default 30)  --closable  --detail HEX  "
-     "--attempts N",
-     UI_CMD_CONFIRM, UictlConfirmOption, false},
+     UICTL_OPTIONS(s_aLabelOptions), UI_CMD_CHANGE_LABEL, UictlLabelOption, false},
+    {"confirm", "ask for a confirmation on the device; ends when its countdown has run out",
+     UICTL_OPTIONS(s_aConfirmOptions), UI_CMD_CONFIRM, UictlConfirmOption, false},
     {"fingerprint", "guide a fingerprint enrolment or verification on the device",
-     "--enrol | --verify (default)", UI_CMD_CONFIRM, UictlFingerprintOption, false},
+     UICTL_OPTIONS(s_aFingerprintOptions), UI_CMD_CONFIRM, UictlFingerprintOption, false},
 };
 const size_t g_cUictlCommands = sizeof(g_aUictlCommands) / sizeof(g_aUictlCommands[0]);
 

@@ -15,13 +15,8 @@ const BlkUictlFieldOptionTag s_aConfirmFields[] = {
     {"--attempts", UI_OFS_CONFIRM_ATTEMPTS},
 };
 
-// A flag sets a field to a fixed value; false with a sentence when it was given a value.
-bool ApplyFlag(const std::string& strName, const std::string& strValue, uint32_t u4Offset,
-               uint32_t u4Value, tagBlkUiParam* pReq, std::string* pstrError) {
-    if (!strValue.empty()) {
-        *pstrError = strName + " takes no value";
-        return false;
-    }
+// A flag sets a field to a fixed value.
+bool ApplyFlag(uint32_t u4Offset, uint32_t u4Value, tagBlkUiParam* pReq) {
     NyUiParamSetU4(pReq, u4Offset, u4Value);
     return true;
 }
@@ -40,7 +35,7 @@ void UictlFingerprintPreset(tagBlkUiParam* pReq) {
 bool UictlConfirmOption(const std::string& strName, const std::string& strValue,
                         tagBlkUiParam* pReq, std::string* pstrError) {
     if (strName == "--closable") {
-        return ApplyFlag(strName, strValue, UI_OFS_CONFIRM_CLOSABLE, 1, pReq, pstrError);
+        return ApplyFlag(UI_OFS_CONFIRM_CLOSABLE, 1, pReq);
     }
     if (strName == "--detail") {
         uint32_t u4Detail = 0;
@@ -56,15 +51,13 @@ bool UictlConfirmOption(const std::string& strName, const std::string& strValue,
                                  strValue, pReq, pstrError);
 }
 
-bool UictlFingerprintOption(const std::string& strName, const std::string& strValue,
+bool UictlFingerprintOption(const std::string& strName, const std::string& /*strValue*/,
                             tagBlkUiParam* pReq, std::string* pstrError) {
     if (strName == "--enrol") {
-        return ApplyFlag(strName, strValue, UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_ENROL, pReq,
-                         pstrError);
+        return ApplyFlag(UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_ENROL, pReq);
     }
     if (strName == "--verify") {
-        return ApplyFlag(strName, strValue, UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY, pReq,
-                         pstrError);
+        return ApplyFlag(UI_OFS_CONFIRM_KIND, UI_CTT_FINGERPRINT_VERIFY, pReq);
     }
     *pstrError = NY_UICTL_UNKNOWN_OPTION + strName;
     return false;

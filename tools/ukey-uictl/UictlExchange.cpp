@@ -1,6 +1,7 @@
 #include "UictlExchange.h"
 
 #include "NyUiServerProcess.h"
+#include "UictlInterrupt.h"
 
 namespace {
 
@@ -10,7 +11,7 @@ uint32_t Fail(uint32_t u4Result, const std::string& strStep, std::string* pstrEr
 }
 
 uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
-                     std::string* pstrError, std::string* pstrNotice) {
+                     std::string* pstrError) {
     if (!options.strMain.empty()) {
         uint32_t u4Result = pClient->JoinServer(options.strMain.c_str());
         return u4Result == NY_OK
@@ -19,8 +20,7 @@ uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
                           "cannot reach the UI server of main session \"" + options.strMain + "\"",
                           pstrError);
     }
-    std::string strServer =
-        options.strServer.empty() ? NyUiServerPathBesideSelf() : options.strServer;
+    std::string strServer = UictlServerPath(options);
     std::string strMain = NyUiFreshMainName();
     uint32_t u4Result = pClient->StartServer(strServer.c_str(), strMain.c_str());
     if (u4Result != NY_OK) {
@@ -28,12 +28,15 @@ uint32_t ReachServer(const BlkUictlOptionsTag& options, CNyUiClient* pClient,
     }
     if (options.bKeep) {
         pClient->KeepServer();
-        *pstrNotice = "main session: " + strMain;
     }
     return NY_OK;
 }
 
 }  // namespace
+
+std::string UictlServerPath(const BlkUictlOptionsTag& options) {
+    return options.strServer.empty() ? NyUiServerPathBesideSelf() : options.strServer;
+}
 
 uint32_t UictlSend(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
                    const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer) {
@@ -41,23 +44,18 @@ uint32_t UictlSend(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
                             : pClient->Exchange(pReq, pAnswer);
 }
 
-uint32_t UictlFinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
-                          tagBlkUiParam* pAnswer, std::string* pstrError) {
-    const uint8_t* pu1Seed = options.bProtect ? options.au1Seed : nullptr;
-    uint32_t u4Result =
-        pClient->PollUntilDone(pAnswer, options.u4PollMs, options.u4TimeoutMs, pu1Seed);
+uint32_t UictlCloseDialog(CNyUiClient* pClient, const BlkUictlOptionsTag& options) {
     tagBlkUiParam blkClosed;
-    pClient->SendCommand(UI_CMD_TERMINATE, &blkClosed, pu1Seed);
-    if (u4Result != NY_OK) {
-        return Fail(u4Result, "the dialog did not finish", pstrError);
-    }
+    pClient->SendCommand(UI_CMD_TERMINATE, &blkClosed,
+                         options.bProtect ? options.au1Seed : nullptr);
     return NY_OK;
 }
 
 uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
-                       tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice) {
+                       tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrMain) {
     CNyUiClient client;
-    uint32_t u4Result = ReachServer(options, &client, pstrError, pstrNotice);
+    uint32_t u4Result = ReachServer(options, &client, pstrError);
+    *pstrMain = client.MainName();
     if (u4Result != NY_OK) {
         return u4Result;
     }
@@ -65,16 +63,19 @@ uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* p
     if (u4Result != NY_OK) {
         return Fail(u4Result, "cannot open an interaction session", pstrError);
     }
+    bool bSync = pReq->u4Mode != UI_MODE_ASYNC;
+    if (bSync) {
+        UictlEnterSyncWait(client.StartedServerPid());
+    }
     u4Result = UictlSend(&client, options, pReq, pAnswer);
+    UictlLeaveSyncWait();
     if (u4Result != NY_OK) {
         return Fail(u4Result, "the request was not answered", pstrError);
     }
     bool bStartedAsync =
         options.bAsync && pReq->u4Mode == UI_MODE_ASYNC && pAnswer->enRes == UI_RESULT_PENDING;
     if (bStartedAsync) {
-        u4Result = UictlHasSchedule(options)
-                       ? UictlRunSchedule(&client, options, pReq, pAnswer, pstrError)
-                       : UictlFinishAsync(&client, options, pAnswer, pstrError);
+        u4Result = UictlRunSchedule(&client, options, pReq, pAnswer, pstrError);
     }
     client.CloseSession();
     return u4Result;

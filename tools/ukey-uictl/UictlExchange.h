@@ -6,15 +6,15 @@
 
 #include "UictlOptions.h"
 
-// 0 with the final answer in *pAnswer; otherwise a result code with a sentence describing the
-// failed step in *pstrError. *pstrNotice gets what the user should know besides the answer
-// (the name of a server left running).
+// The server ukey-uictl starts when it joins none.
+std::string UictlServerPath(const BlkUictlOptionsTag& options);
 // One request and its answer, protected when the options say so.
 uint32_t UictlSend(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
                    const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer);
-// Polls a started asynchronous dialog to its end (at most the poll time-out), then closes it.
-uint32_t UictlFinishAsync(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
-                          tagBlkUiParam* pAnswer, std::string* pstrError);
+// Closes an asynchronous dialog that has ended (the server keeps it until then).
+uint32_t UictlCloseDialog(CNyUiClient* pClient, const BlkUictlOptionsTag& options);
 
+// The whole exchange: 0 with the final answer in *pAnswer; otherwise a result code with a
+// sentence describing the failed step in *pstrError. *pstrMain gets the server's main session.
 uint32_t UictlExchange(const BlkUictlOptionsTag& options, const tagBlkUiParam* pReq,
-                       tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrNotice);
+                       tagBlkUiParam* pAnswer, std::string* pstrError, std::string* pstrMain);

@@ -15,7 +15,7 @@ const BlkUictlFieldOptionTag s_aMessageFields[] = {
 
 bool UictlMessageOption(const std::string& strName, const std::string& strValue,
                         tagBlkUiParam* pReq, std::string* pstrError) {
-    if (strName != "--id") {
+    if (strName != "--message-id") {
         return UictlApplyFieldOption(s_aMessageFields,
                                      sizeof(s_aMessageFields) / sizeof(s_aMessageFields[0]),
                                      strName, strValue, pReq, pstrError);

@@ -76,7 +76,8 @@ std::string BlockHex(const tagBlkUiParam* pAnswer) {
     return strHex;
 }
 
-std::vector<BlkRenderedTag> RenderFields(const tagBlkUiParam* pAnswer, bool bBlock) {
+std::vector<BlkRenderedTag> RenderFields(const tagBlkUiParam* pAnswer, bool bBlock,
+                                         const std::string& strMain) {
     std::vector<BlkRenderedTag> vFields;
     vFields.push_back({"enRes", std::to_string(pAnswer->enRes), false});
     vFields.push_back({"result", UictlResultName(pAnswer->enRes), true});
@@ -96,6 +97,9 @@ std::vector<BlkRenderedTag> RenderFields(const tagBlkUiParam* pAnswer, bool bBlo
     }
     if (bBlock) {
         vFields.push_back({"block", BlockHex(pAnswer), true});
+    }
+    if (!strMain.empty()) {
+        vFields.push_back({"main", strMain, true});
     }
     return vFields;
 }
@@ -119,10 +123,11 @@ const char* UictlResultName(uint32_t u4Result) {
     }
 }
 
-std::string UictlFormatAnswer(const tagBlkUiParam* pAnswer, bool bJson, bool bBlock) {
+std::string UictlFormatAnswer(const tagBlkUiParam* pAnswer, bool bJson, bool bBlock,
+                              const std::string& strMain) {
     std::string strOut = bJson ? "{" : "";
     bool bFirst = true;
-    for (const BlkRenderedTag& field : RenderFields(pAnswer, bBlock)) {
+    for (const BlkRenderedTag& field : RenderFields(pAnswer, bBlock, strMain)) {
         if (bJson) {
             strOut += bFirst ? "" : ",";
             strOut += "\"" + field.strKey + "\":";

@@ -7,6 +7,7 @@
 
 #include "CNyUiClient.h"
 #include "UictlExchange.h"
+#include "UictlInterrupt.h"
 #include "UictlOptions.h"
 #include "UictlOutput.h"
 #include "uiblock/NyUiConfirmParam.h"
@@ -15,13 +16,16 @@ namespace {
 
 typedef std::chrono::steady_clock Clock;
 
+constexpr uint64_t UICTL_NEVER = UINT64_MAX;
+
 uint64_t ElapsedMs(Clock::time_point start) {
     return static_cast<uint64_t>(
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
 }
 
-// Polls the dialog's status until u8DueMs after start. *pbEnded with its final answer in
-// *pAnswer when it ended before that.
+// Polls the dialog's status until u8DueMs after start (UICTL_NEVER: until it ends). *pbEnded
+// with its final answer in *pAnswer when it ended before that; UICTL_ERR_INTERRUPTED after
+// Ctrl-C.
 uint32_t PollUntil(CNyUiClient* pClient, const BlkUictlOptionsTag& options, Clock::time_point start,
                    uint64_t u8DueMs, tagBlkUiParam* pAnswer, bool* pbEnded) {
     const uint8_t* pu1Seed = options.bProtect ? options.au1Seed : nullptr;
@@ -29,6 +33,9 @@ uint32_t PollUntil(CNyUiClient* pClient, const BlkUictlOptionsTag& options, Cloc
     for (uint64_t u8Now = ElapsedMs(start); u8Now < u8DueMs; u8Now = ElapsedMs(start)) {
         std::this_thread::sleep_for(
             std::chrono::milliseconds(std::min<uint64_t>(options.u4PollMs, u8DueMs - u8Now)));
+        if (UictlInterrupted()) {
+            return UICTL_ERR_INTERRUPTED;
+        }
         tagBlkUiParam blkStatus;
         uint32_t u4Result = pClient->SendCommand(UI_CMD_GET_STATUS, &blkStatus, pu1Seed);
         if (u4Result != NY_OK) {
@@ -68,7 +75,8 @@ bool UictlParseUpdate(const std::string& strText, BlkUictlUpdateTag* pUpdate) {
 }
 
 bool UictlHasSchedule(const BlkUictlOptionsTag& options) {
-    return !options.vUpdates.empty() || options.u4StopAfterMs != UICTL_NO_STOP;
+    return !options.vUpdates.empty() || options.u4StopAfterMs != UICTL_NO_STOP ||
+           options.u4WaitS != UICTL_NO_WAIT;
 }
 
 bool UictlPrepareSchedule(BlkUictlOptionsTag* pOptions, tagBlkUiParam* pReq,
@@ -88,42 +96,50 @@ uint32_t UictlRunSchedule(CNyUiClient* pClient, const BlkUictlOptionsTag& option
                           const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer,
                           std::string* pstrError) {
     Clock::time_point start = Clock::now();
+    uint64_t u8StopMs =
+        options.u4StopAfterMs == UICTL_NO_STOP ? UICTL_NEVER : options.u4StopAfterMs;
+    uint64_t u8LimitMs =
+        options.u4WaitS == UICTL_NO_WAIT ? UICTL_NEVER : uint64_t{options.u4WaitS} * 1000;
+    uint64_t u8EndMs = std::min(u8StopMs, u8LimitMs);
     std::vector<BlkUictlUpdateTag> vUpdates = options.vUpdates;
     std::stable_sort(vUpdates.begin(), vUpdates.end(),
                      [](const BlkUictlUpdateTag& a, const BlkUictlUpdateTag& b) {
                          return a.u4AfterMs < b.u4AfterMs;
                      });
-    auto itNext = vUpdates.begin();
-    // Updates due before or at the stop are sent; later ones would find no dialog.
-    while (itNext != vUpdates.end() && itNext->u4AfterMs <= options.u4StopAfterMs) {
-        bool bEnded = false;
-        uint32_t u4Result = PollUntil(pClient, options, start, itNext->u4AfterMs, pAnswer, &bEnded);
-        if (u4Result == NY_OK && !bEnded) {
-            u4Result = SendUpdate(pClient, options, pReq, *itNext++);
+    // Updates due before or at the end are sent; later ones would find no dialog.
+    bool bEnded = false;
+    uint32_t u4Result = NY_OK;
+    for (auto it = vUpdates.begin(); it != vUpdates.end() && it->u4AfterMs <= u8EndMs; ++it) {
+        u4Result = PollUntil(pClient, options, start, it->u4AfterMs, pAnswer, &bEnded);
+        if (u4Result != NY_OK || bEnded) {
+            break;
         }
+        u4Result = SendUpdate(pClient, options, pReq, *it);
         if (u4Result != NY_OK) {
             *pstrError = "the dialog could not be updated";
             return u4Result;
         }
-        if (bEnded) {
-            return UictlFinishAsync(pClient, options, pAnswer, pstrError);
-        }
     }
-    if (options.u4StopAfterMs == UICTL_NO_STOP) {
-        return UictlFinishAsync(pClient, options, pAnswer, pstrError);
+    if (u4Result == NY_OK && !bEnded) {
+        u4Result = PollUntil(pClient, options, start, u8EndMs, pAnswer, &bEnded);
     }
-    bool bEnded = false;
-    uint32_t u4Result = PollUntil(pClient, options, start, options.u4StopAfterMs, pAnswer, &bEnded);
     if (u4Result == NY_OK && bEnded) {
-        return UictlFinishAsync(pClient, options, pAnswer, pstrError);
+        return UictlCloseDialog(pClient, options);
     }
-    if (u4Result == NY_OK) {
-        u4Result = pClient->SendCommand(UI_CMD_TERMINATE, pAnswer,
-                                        options.bProtect ? options.au1Seed : nullptr);
+    if (u4Result == NY_OK || u4Result == UICTL_ERR_INTERRUPTED) {
+        uint32_t u4Stop = pClient->SendCommand(UI_CMD_TERMINATE, pAnswer,
+                                               options.bProtect ? options.au1Seed : nullptr);
+        u4Result = u4Result == NY_OK ? u4Stop : u4Result;
     }
     if (u4Result != NY_OK) {
-        *pstrError = "the dialog could not be stopped";
+        *pstrError = u4Result == UICTL_ERR_INTERRUPTED ? "interrupted; the dialog was closed"
+                                                       : "the dialog could not be stopped";
         return u4Result;
+    }
+    if (u8LimitMs < u8StopMs) {
+        *pstrError =
+            "no answer within " + std::to_string(options.u4WaitS) + " s; the dialog was closed";
+        return NY_ERR_CLIENT_POLL_TIMEOUT;
     }
     fprintf(stderr, "stopped after %u ms\n", options.u4StopAfterMs);
     return NY_OK;

@@ -27,7 +27,7 @@ constexpr uint32_t UICTL_NO_STOP = 0xFFFFFFFF;
 // "MS:DETAIL", MS a number (decimal or 0x-hex), DETAIL hexadecimal with or without 0x.
 bool UictlParseUpdate(const std::string& strText, BlkUictlUpdateTag* pUpdate);
 
-// Whether the options hold a timetable.
+// Whether the options hold a timetable (updates, a stop, or a limit on the wait).
 bool UictlHasSchedule(const BlkUictlOptionsTag& options);
 
 // A timetable needs the dialog running on its own thread: switches *pOptions and *pReq to
@@ -36,10 +36,11 @@ bool UictlPrepareSchedule(BlkUictlOptionsTag* pOptions, tagBlkUiParam* pReq,
                           std::string* pstrError);
 
 // Carries out the timetable on a dialog that has been started asynchronously: between the
-// events its status is polled; a dialog that ends by itself (the user cancelled) ends the
+// events its status is polled; a dialog that ends by itself (the user answered) ends the
 // timetable with its answer. At the stop the dialog is terminated and *pAnswer is the
-// terminate's answer; without a stop the dialog is polled to its end after the last update.
-// Each update and the stop are reported on stderr as they happen.
+// terminate's answer; at the --wait limit it is terminated too, with NY_ERR_CLIENT_POLL_TIMEOUT;
+// without either the dialog is polled to its end. Ctrl-C terminates it with
+// UICTL_ERR_INTERRUPTED. Each update and the stop are reported on stderr as they happen.
 uint32_t UictlRunSchedule(CNyUiClient* pClient, const BlkUictlOptionsTag& options,
                           const tagBlkUiParam* pReq, tagBlkUiParam* pAnswer,
                           std::string* pstrError);

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "crypto/NyRand.h"
-#include "crypto/NyRandPool.h"
 #include "runtime/NyResult.h"
 #include "support/NyTestProcess.h"
 
@@ -15,14 +14,6 @@ std::vector<uint8_t> Draw(int32_t i4Len) {
     std::vector<uint8_t> vOut(static_cast<size_t>(i4Len));
     EXPECT_EQ(tinyRandBytesEx(vOut.data(), i4Len), NY_OK);
     return vOut;
-}
-
-// A private pool marked as polled, holding only the given material.
-void SeedPrivatePool(tinycrypto::ny_rand_state_st* pState, const char* szSeed, double dEntropy) {
-    tinycrypto::md_rand_init(pState);
-    pState->bInitialised = true;
-    ASSERT_EQ(tinycrypto::md_rand_add(pState, szSeed, static_cast<int>(strlen(szSeed)), dEntropy),
-              1);
 }
 
 }  // namespace
@@ -54,11 +45,10 @@ TEST(NyRand, RequestsOfAnySizeAreFilledAndDiffer) {
     uint8_t au1Buf[32] = {};
     NyGetRand(au1Buf, sizeof(au1Buf));
     EXPECT_NE(std::vector<uint8_t>(au1Buf, au1Buf + 32), std::vector<uint8_t>(32, 0));
-    EXPECT_EQ(tinycrypto::RAND_status(), 1);
 }
 
 TEST(NyRand, ForkedChildDoesNotRepeatItsParent) {
-    Draw(16);  // the pool is seeded before the fork
+    Draw(16);  // the generator is seeded before the fork
     int aiPipe[2];
     ASSERT_EQ(pipe(aiPipe), 0);
     pid_t pid = NyTestForkChild([&] {
@@ -76,40 +66,4 @@ TEST(NyRand, ForkedChildDoesNotRepeatItsParent) {
     close(aiPipe[0]);
     close(aiPipe[1]);
     EXPECT_NE(vChild, vParent);
-}
-
-TEST(NyRandPool, OutputFollowsTheStirredMaterial) {
-    tinycrypto::ny_rand_state_st blkA, blkB, blkC;
-    SeedPrivatePool(&blkA, "the same material, 32 bytes long", 32);
-    SeedPrivatePool(&blkB, "the same material, 32 bytes long", 32);
-    SeedPrivatePool(&blkC, "other material of the same size!", 32);
-    unsigned char au1A[40], au1B[40], au1C[40];
-    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkA, au1A, 40), 1);
-    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkB, au1B, 40), 1);
-    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkC, au1C, 40), 1);
-    EXPECT_EQ(memcmp(au1A, au1B, 40), 0);
-    EXPECT_NE(memcmp(au1A, au1C, 40), 0);
-    // Drawing moves the pool on: the next output differs; extra seed changes it again.
-    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkA, au1A, 40), 1);
-    EXPECT_NE(memcmp(au1A, au1B, 40), 0);
-    ASSERT_EQ(tinycrypto::md_rand_seed(&blkB, "x", 1), 1);
-    ASSERT_EQ(tinycrypto::md_rand_bytes(&blkB, au1B, 40), 1);
-    EXPECT_NE(memcmp(au1A, au1B, 40), 0);
-    tinycrypto::md_rand_deinit(&blkA);
-    tinycrypto::md_rand_deinit(&blkB);
-    tinycrypto::md_rand_deinit(&blkC);
-}
-
-TEST(NyRandPool, RefusesToDeliverWithoutEnoughEntropy) {
-    tinycrypto::ny_rand_state_st blkState;
-    SeedPrivatePool(&blkState, "caller material counts for nothing", 0);
-    unsigned char au1Out[16];
-    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 0);
-    ASSERT_EQ(tinycrypto::md_rand_add(&blkState, "0123456789abcdef0123456789abcdef", 32, 32), 1);
-    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 1);
-    // An unpolled pool polls the kernel on first use.
-    tinycrypto::md_rand_init(&blkState);
-    EXPECT_EQ(tinycrypto::md_rand_bytes(&blkState, au1Out, 16), 1);
-    EXPECT_TRUE(blkState.bInitialised);
-    tinycrypto::md_rand_deinit(&blkState);
 }

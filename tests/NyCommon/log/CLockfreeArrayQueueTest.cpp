@@ -159,6 +159,29 @@ TEST(CLockfreeArrayQueue, PopCopiesWholeRecordsInOrderAndReportsEmpty) {
     EXPECT_EQ(ring.Queue().Count(), 1u);
 }
 
+TEST(CLockfreeArrayQueue, PeekReadsCommittedRecordsAndMovesNothing) {
+    CTestRing ring(4);
+    PushSequence(ring.Queue(), 0, 3);
+    ASSERT_EQ(2u, PopLines(ring.Queue(), 2).size());
+    PushSequence(ring.Queue(), 3, 2);  // positions 2, 3, 4: the last one in slot 0
+    std::vector<tagBlkLogItem> vItems(4);
+    uint32_t u4Position = 0;  // behind the read position: the look starts there
+    ASSERT_EQ(3u, ring.Queue().Peek(u4Position, vItems.data(), 4));
+    EXPECT_EQ(2u, vItems[0].u4Line);
+    EXPECT_EQ(4u, vItems[2].u4Line);
+    EXPECT_EQ(5u, u4Position);
+    EXPECT_EQ(0u, ring.Queue().Peek(u4Position, vItems.data(), 4));
+    EXPECT_EQ(2u, ring.Queue().ReadPosition());
+    EXPECT_EQ(3u, ring.Queue().Count());
+    // Producers that claimed two more positions while the records were copied have reused the
+    // slot of position 2: that record is left out.
+    ring.Header()->u4Reserve += 2;
+    u4Position = 2;
+    ASSERT_EQ(2u, ring.Queue().Peek(u4Position, vItems.data(), 4));
+    EXPECT_EQ(3u, vItems[0].u4Line);
+    EXPECT_EQ(4u, vItems[1].u4Line);
+}
+
 TEST(CLockfreeArrayQueue, DiscardDropsOnlyCommittedRecordsOldestFirst) {
     const struct {
         uint32_t u4Stored;

@@ -51,9 +51,12 @@ TEST_F(GUIBaseTest, ModuleFileNameIsTheExecutablesDirectory) {
     ASSERT_EQ(NY_OK, GUIBase::GetModuleFileName(szDir, sizeof(szDir)));
     EXPECT_EQ(ExecutableDir(), szDir);
     EXPECT_EQ(std::string(NY_TEST_BIN_DIR), szDir);
-}
-
-TEST_F(GUIBaseTest, ModuleFileNameThatFillsTheBufferFailsAndLogs) {
+    ASSERT_EQ(NY_OK, CBaseProbe::GetResourceDir(szDir));
+    for (const char* szName : {"verify.glade", "message.glade", "Logo_Long.bmp"}) {
+        std::string strPath = std::string(szDir) + "/res/" + szName;
+        EXPECT_EQ(0, access(strPath.c_str(), R_OK)) << strPath;
+    }
+    // A path that fills the buffer fails, and is logged.
     std::string strExe = ExecutableDir() + "/x";  // at least the executable's path length
     std::vector<char> vBuf(strExe.size(), 'q');
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT,
@@ -80,19 +83,14 @@ TEST_F(GUIBaseTest, WidgetFontGoesToTheWidgetOrToItsLabel) {
     EXPECT_EQ(10 * PANGO_SCALE, pango_font_description_get_size(pChildFont));
     EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pButton)->font_desc);
     gtk_widget_destroy(pButton);
-    g_object_ref_sink(pLabel);
-    g_object_unref(pLabel);
-    gdk_threads_leave();
-}
-
-TEST_F(GUIBaseTest, WidgetFontRefusesMissingArguments) {
-    GUIBase base;
-    gdk_threads_enter();
-    GtkWidget* pLabel = gtk_label_new("x");
+    // Missing arguments are refused and logged.
+    GtkWidget* pBare = gtk_label_new("x");
     EXPECT_EQ(0u, base.SetWidgetFont(nullptr, "Sans", 9, NY_FALSE));
-    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, nullptr, 9, NY_FALSE));
-    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, "Sans", 9, NY_TRUE));  // a label has no child
-    EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pLabel)->font_desc);
+    EXPECT_EQ(0u, base.SetWidgetFont(pBare, nullptr, 9, NY_FALSE));
+    EXPECT_EQ(0u, base.SetWidgetFont(pBare, "Sans", 9, NY_TRUE));  // a label has no child
+    EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pBare)->font_desc);
+    g_object_ref_sink(pBare);
+    g_object_unref(pBare);
     g_object_ref_sink(pLabel);
     g_object_unref(pLabel);
     gdk_threads_leave();
@@ -148,66 +146,6 @@ TEST_F(GUIBaseTest, FocusEventDeliversASentFocusInToTheWindow) {
     EXPECT_TRUE(seen.bSent);
 }
 
-TEST_F(GUIBaseTest, ResourceDirIsWhereTheResourcesWereInstalled) {
-    char szDir[NY_GUI_PATH_SIZE];
-    ASSERT_EQ(NY_OK, CBaseProbe::GetResourceDir(szDir));
-    for (const char* szName : {"verify.glade", "message.glade", "Logo_Long.bmp"}) {
-        std::string strPath = std::string(szDir) + "/res/" + szName;
-        EXPECT_EQ(0, access(strPath.c_str(), R_OK)) << strPath;
-    }
-}
-
-TEST_F(GUIBaseTest, BaseOperationsDoNothing) {
-    GUIBase base;
-    unsigned int u4Len = 7;
-    EXPECT_EQ(0u, base.run());
-    EXPECT_EQ(0u, base.stop());
-    EXPECT_EQ(0u, base.update(nullptr, 0));
-    EXPECT_EQ(0u, base.GetResponse(nullptr, &u4Len));
-    EXPECT_EQ(7u, u4Len);
-    EXPECT_EQ(0u, base.IsFinished());
-}
-
-// The block copy of a dialog: what construction makes of the request, and the size-query
-// hand-out, whose outcome the dialog does not report.
-TEST_F(GUIBaseTest, NullRequestGivesZeroedBlockMarkedCancelled) {
-    GUIverify dlg(nullptr, nullptr);
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    const uint8_t* pu1 = reinterpret_cast<const uint8_t*>(&blk);
-    EXPECT_EQ(std::vector<uint8_t>(NY_UI_PARAM_SIZE - 4, 0),
-              std::vector<uint8_t>(pu1 + 4, pu1 + NY_UI_PARAM_SIZE));
-    EXPECT_EQ(0u, dlg.IsFinished());
-}
-
-TEST_F(GUIBaseTest, RequestIsCopiedWholeWithResultCancelled) {
-    tagBlkUiParam req;
-    for (size_t i = 0; i < sizeof(req); ++i) {
-        reinterpret_cast<uint8_t*>(&req)[i] = static_cast<uint8_t>(i * 7 + 1);
-    }
-    req.enRes = UI_RESULT_OK;
-    GUIverify dlg(&req, nullptr);
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(0, memcmp(reinterpret_cast<uint8_t*>(&req) + 4, reinterpret_cast<uint8_t*>(&blk) + 4,
-                        sizeof(req) - 4));
-}
-
-TEST_F(GUIBaseTest, ResponseFollowsTheSizeQueryConventionAndAlwaysReturnsZero) {
-    GUIverify dlg(nullptr, nullptr);
-    unsigned int u4Len = 0;
-    EXPECT_EQ(0u, dlg.GetResponse(nullptr, &u4Len));
-    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
-
-    std::vector<unsigned char> vSmall(NY_UI_PARAM_SIZE - 1, 0x5A);
-    u4Len = NY_UI_PARAM_SIZE - 1;
-    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), &u4Len));
-    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Len);
-    EXPECT_EQ(std::vector<unsigned char>(NY_UI_PARAM_SIZE - 1, 0x5A), vSmall);
-
-    EXPECT_EQ(0u, dlg.GetResponse(vSmall.data(), nullptr));
-}
-
 struct BlkPasteCase {
     const char* szName;
     GdkEventType enType;
@@ -218,6 +156,7 @@ struct BlkPasteCase {
 };
 
 TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
+    // clang-format off
     const BlkPasteCase aCases[] = {
         {"ctrl+v", GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_v, 0, TRUE},
         {"ctrl+V", GDK_KEY_PRESS, GDK_CONTROL_MASK | GDK_SHIFT_MASK, GDK_V, 0, TRUE},
@@ -228,6 +167,7 @@ TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
         {"left button", GDK_BUTTON_PRESS, 0, 0, 1, FALSE},
         {"middle button", GDK_BUTTON_PRESS, 0, 0, 2, FALSE},
     };
+    // clang-format on
     for (const BlkPasteCase& c : aCases) {
         GdkEvent* pEvent = gdk_event_new(c.enType);
         if (c.enType == GDK_KEY_PRESS) {
@@ -246,20 +186,22 @@ TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
 namespace {
 
 struct BlkInsertCase {
-    const char* szBefore;
+    GCallback pfnFilter;
+    const char* szSpecial;  // the filter's data
+    std::string strBefore;
     gint iCursor;
     const char* szInsert;
-    const char* szAfter;
+    std::string strAfter;
 };
 
 // Inserts through the entry's "insert-text" signal with the filter connected, as typing or
 // pasting would, and returns the text that results.
-std::string InsertThroughFilter(GCallback pfnFilter, gpointer pvData, const BlkInsertCase& c) {
+std::string InsertThroughFilter(const BlkInsertCase& c) {
     gdk_threads_enter();
     GtkWidget* pEntry = gtk_entry_new();
     g_object_ref_sink(pEntry);
-    gtk_entry_set_text(GTK_ENTRY(pEntry), c.szBefore);
-    g_signal_connect(pEntry, "insert-text", pfnFilter, pvData);
+    gtk_entry_set_text(GTK_ENTRY(pEntry), c.strBefore.c_str());
+    g_signal_connect(pEntry, "insert-text", c.pfnFilter, const_cast<char*>(c.szSpecial));
     gtk_editable_set_position(GTK_EDITABLE(pEntry), c.iCursor);
     gint iPos = c.iCursor;
     gtk_editable_insert_text(GTK_EDITABLE(pEntry), c.szInsert, -1, &iPos);
@@ -271,51 +213,34 @@ std::string InsertThroughFilter(GCallback pfnFilter, gpointer pvData, const BlkI
 
 }  // namespace
 
-TEST_F(GUIBaseTest, PinFilterAdmitsLettersAndDigitsAndRejectsAnyOtherInsertionWhole) {
+// The PIN filter admits letters and digits and rejects any other insertion whole; the wide
+// filters admit their special sets (the label's also '?') and inner spaces only; the capacity
+// filter refuses what would not fit the answer's 32-byte PIN field.
+TEST_F(GUIBaseTest, EntryFiltersAdmitTheirCharactersAndRejectAnyOtherInsertionWhole) {
+    const GCallback P = G_CALLBACK(GUIEntryFilter::on_entry_insert);
+    const GCallback W = G_CALLBACK(GUIEntryFilter::on_entry_insert_special);
+    const GCallback C = G_CALLBACK(GUIEntryFilter::on_entry_insert_capacity);
+    const char* N = NY_GUI_PIN_SPECIAL_CHARS;
+    const char* L = NY_GUI_LABEL_SPECIAL_CHARS;
+    const std::string str31(31, 'x');
+    // clang-format off
     const BlkInsertCase aCases[] = {
-        {"", 0, "abcXYZ019", "abcXYZ019"},
-        {"ab", 2, "c", "abc"},
-        {"ab", 1, "Z", "aZb"},
-        {"ab", 2, "-", "ab"},
-        {"ab", 2, "cd!e", "ab"},
-        {"ab", 2, " ", "ab"},
-        {"", 0, "12 34", ""},
-        {"ab", 2, "\xC3\xA9", "ab"},  // é
-        {"ab", 2, "", "ab"},
+        {P, nullptr, "", 0, "abcXYZ019", "abcXYZ019"}, {P, nullptr, "ab", 2, "c", "abc"},
+        {P, nullptr, "ab", 1, "Z", "aZb"}, {P, nullptr, "ab", 2, "-", "ab"},
+        {P, nullptr, "ab", 2, "cd!e", "ab"}, {P, nullptr, "ab", 2, " ", "ab"},
+        {P, nullptr, "", 0, "12 34", ""}, {P, nullptr, "ab", 2, "\xC3\xA9", "ab"},
+        {P, nullptr, "ab", 2, "", "ab"},
+        {W, N, "", 0, "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./", "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./"},
+        {W, N, "ab", 2, "?", "ab"}, {W, N, "ab", 1, " ", "a b"}, {W, N, "ab", 0, " ", "ab"},
+        {W, N, "ab", 2, " ", "ab"}, {W, N, "", 0, " ", ""}, {W, N, "ab", 1, " c", "ab"},
+        {W, N, "ab", 2, "\xE4\xB8\xAD", "ab"},
+        {W, L, "ab", 2, "?", "ab?"}, {W, L, "ab", 1, " ", "a b"}, {W, L, "ab", 2, " ", "ab"},
+        {C, nullptr, str31, 31, "y", str31 + "y"}, {C, nullptr, str31 + "y", 32, "z", str31 + "y"},
+        {C, nullptr, str31, 31, "\xC3\xA9", str31}, {C, nullptr, "ab", 2, "\xE4\xB8\xAD", "ab\xE4\xB8\xAD"},
     };
+    // clang-format on
     for (const BlkInsertCase& c : aCases) {
-        EXPECT_EQ(c.szAfter,
-                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert), nullptr, c))
-            << "insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
-    }
-}
-
-TEST_F(GUIBaseTest, WideFiltersAdmitTheirSpecialSetsAndInnerSpacesOnly) {
-    const BlkInsertCase aPinCases[] = {
-        {"", 0, "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./", "~`!@#$%^&*()_+{}|:\"<>-=[]\\;',./"},
-        {"ab", 2, "?", "ab"},             // the question mark is for labels only
-        {"ab", 1, " ", "a b"},            // a space inside
-        {"ab", 0, " ", "ab"},             // not at the start
-        {"ab", 2, " ", "ab"},             // nor at the end
-        {"", 0, " ", ""},                 // nor into nothing
-        {"ab", 1, " c", "ab"},            // a space with other characters is refused
-        {"ab", 2, "\xE4\xB8\xAD", "ab"},  // 中
-    };
-    for (const BlkInsertCase& c : aPinCases) {
-        EXPECT_EQ(c.szAfter,
-                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
-                                      const_cast<char*>(NY_GUI_PIN_SPECIAL_CHARS), c))
-            << "PIN: insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
-    }
-    const BlkInsertCase aLabelCases[] = {
-        {"ab", 2, "?", "ab?"},
-        {"ab", 1, " ", "a b"},
-        {"ab", 2, " ", "ab"},
-    };
-    for (const BlkInsertCase& c : aLabelCases) {
-        EXPECT_EQ(c.szAfter,
-                  InsertThroughFilter(G_CALLBACK(GUIEntryFilter::on_entry_insert_special),
-                                      const_cast<char*>(NY_GUI_LABEL_SPECIAL_CHARS), c))
-            << "label: insert \"" << c.szInsert << "\" into \"" << c.szBefore << "\"";
+        EXPECT_EQ(c.strAfter, InsertThroughFilter(c))
+            << "insert \"" << c.szInsert << "\" into \"" << c.strBefore << "\"";
     }
 }

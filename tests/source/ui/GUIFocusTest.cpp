@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-#include "NyGuiTestEnv.h"
+#include "NyPinDialogFixture.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
@@ -52,35 +52,29 @@ private:
     pid_t m_pid = -1;
 };
 
-// A verify dialog shown on a thread of its own, as the service shows it.
-class CShownVerify {
-public:
-    CShownVerify()
-        : m_pConfig(NyGuiTestConfig()),
-          m_req(NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16)),
-          m_dialog(&m_req, m_pConfig.get()),
-          m_run(&m_dialog),
-          m_strWindow(
-              NyTestWaitWindow("^" + NyGuiTestText(NY_TXT_TITLE) + "$", NY_GUI_TEST_WAIT_MS)) {}
-    const std::string& Window() const { return m_strWindow; }
-    GUIverify& Dialog() { return m_dialog; }
-    CGuiTestRun& Run() { return m_run; }
-
-private:
-    std::unique_ptr<CConfig> m_pConfig;
-    tagBlkUiParam m_req;
-    GUIverify m_dialog;
-    CGuiTestRun m_run;
-    std::string m_strWindow;
+class GUIFocusTest : public CPinDialogTest {
+protected:
+    // Whether the window manager stacks the dialog above the other application's window
+    // (bottom to top; ids in hex, as xprop prints them).
+    bool DialogAbove(const std::string& strOther) {
+        char szDialog[32];
+        snprintf(szDialog, sizeof(szDialog), "0x%lx", std::stoul(m_strWindow));
+        char szOther[32];
+        snprintf(szOther, sizeof(szOther), "0x%lx", std::stoul(strOther));
+        std::string strStacking = NyTestShell("xprop -root _NET_CLIENT_LIST_STACKING");
+        size_t posOther = strStacking.find(szOther);
+        EXPECT_NE(std::string::npos, posOther) << strStacking;
+        return strStacking.find(szDialog) != std::string::npos &&
+               strStacking.find(szDialog) > posOther;
+    }
 };
-
-std::string PinOf(const tagBlkUiParam& blk) {
-    return reinterpret_cast<const char*>(NyUiParamBytes(&blk, UI_OFS_VERIFY_PIN));
-}
 
 }  // namespace
 
-TEST(GUIFocusTest, DialogTakesTheKeyboardFromTheFocusedApplication) {
+// The dialog takes the keyboard from the focused application from the moment it is up, gives
+// it to its entry once clicked, and stays above that application's window when it is
+// activated again.
+TEST_F(GUIFocusTest, DialogTakesTheKeyboardAndStaysAboveTheApplicationThatHadIt) {
     CKeySink sink;
     ASSERT_FALSE(sink.Window().empty());
     NyTestShell("xdotool windowactivate --sync " + sink.Window());
@@ -91,44 +85,24 @@ TEST(GUIFocusTest, DialogTakesTheKeyboardFromTheFocusedApplication) {
     ASSERT_TRUE(NyTestWaitUntil([&] { return sink.KeyPresses() == 1; }, NY_GUI_TEST_WAIT_MS))
         << "the other application does not receive keys to begin with";
 
-    CShownVerify shown;
-    ASSERT_FALSE(shown.Window().empty());
-    BlkTestAccessibleTag entry;
-    ASSERT_TRUE(NyGuiTestWaitFor("password text", NyGuiTestText(NY_TXT_CAPTION), &entry));
+    tagBlkUiParam req = NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16);
+    Open(new GUIverify(&req, Config()), NY_TXT_TITLE);
+    BlkTestAccessibleTag entry = Entry(NY_TXT_CAPTION);
     EXPECT_NE(sink.Window(), NyTestFocusedWindow());
     NyTestType("secret");
     usleep(300 * 1000);
     EXPECT_EQ(1, sink.KeyPresses()) << "keys typed after the dialog appeared reached the other "
                                        "application";
+    NyTestShell("xdotool windowactivate --sync " + sink.Window());
+    EXPECT_TRUE(DialogAbove(sink.Window()));
 
     NyGuiTestClick(entry);
     NyTestType("pin1");
     NyTestKey("Return");
-    ASSERT_TRUE(shown.Run().Wait(NY_GUI_TEST_WAIT_MS));
-    tagBlkUiParam blk = NyGuiTestResponse(&shown.Dialog());
+    tagBlkUiParam blk = Finish();
     EXPECT_EQ(UI_RESULT_OK, blk.enRes);
-    // The dialog holds the keyboard from the moment it is up: what was typed before the click
-    // went into its entry too, and nothing reached the other application.
-    EXPECT_EQ("secretpin1", PinOf(blk));
+    // What was typed before the click went into the dialog's entry too, and nothing reached
+    // the other application.
+    EXPECT_EQ("secretpin1", Field(blk, UI_OFS_VERIFY_PIN, NY_UI_PIN_FIELD_SIZE));
     EXPECT_EQ(1, sink.KeyPresses());
-}
-
-TEST(GUIFocusTest, DialogStaysAboveAWindowActivatedAfterIt) {
-    CKeySink sink;
-    ASSERT_FALSE(sink.Window().empty());
-    CShownVerify shown;
-    ASSERT_FALSE(shown.Window().empty());
-    NyTestShell("xdotool windowactivate --sync " + sink.Window());
-    // Bottom to top; ids in hex, as xprop prints them.
-    char szDialog[32];
-    snprintf(szDialog, sizeof(szDialog), "0x%lx", std::stoul(shown.Window()));
-    char szSink[32];
-    snprintf(szSink, sizeof(szSink), "0x%lx", std::stoul(sink.Window()));
-    std::string strStacking = NyTestShell("xprop -root _NET_CLIENT_LIST_STACKING");
-    size_t posDialog = strStacking.find(szDialog);
-    size_t posSink = strStacking.find(szSink);
-    ASSERT_NE(std::string::npos, posDialog) << strStacking;
-    ASSERT_NE(std::string::npos, posSink) << strStacking;
-    EXPECT_GT(posDialog, posSink) << strStacking;
-    shown.Dialog().stop();
 }

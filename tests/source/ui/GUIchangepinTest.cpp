@@ -158,7 +158,7 @@ TEST_F(GUIchangepinTest, CompulsoryChangeHasNoCancelAndCannotBeClosed) {
     // Some window managers keep a close button whatever the hints say; the close request is
     // then refused by the dialog itself.
     NyGuiTestClick(Entry(NY_TXT_OLD));
-    NyTestKey("alt+F4");
+    NyTestKey("alt+F4 Escape");
     usleep(500 * 1000);
     EXPECT_EQ(0u, m_pDialog->IsFinished());
     EXPECT_FALSE(NyTestFindWindows("^" + m_strTitle + "$").empty());

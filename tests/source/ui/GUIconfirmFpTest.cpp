@@ -36,11 +36,11 @@ void CountLabelSet(GObject* /*pLabel*/, GParamSpec* /*pSpec*/, gpointer pvCount)
     ++*static_cast<std::atomic<int>*>(pvCount);
 }
 
-class GUIconfirmFpTest : public CConfirmDialogTest<GUIconfirmFp> {
+class GUIconfirmFpTest : public CConfirmDialogTest {
 protected:
     void Open(uint32_t u4Kind) {
-        m_strTitle = u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹";
-        OpenDialog(NyConfirmTestRequest(u4Kind, 30), "^" + m_strTitle + "$");
+        OpenDialog<GUIconfirmFp>(NyConfirmTestRequest(u4Kind, 30),
+                                 u4Kind == UI_CTT_FINGERPRINT_ENROL ? "注册指纹" : "验证指纹");
     }
     unsigned int Update(uint32_t u4Kind, uint32_t u4Stage) {
         return CConfirmDialogTest::Update(NyConfirmTestUpdate(u4Kind, u4Stage));
@@ -64,8 +64,6 @@ protected:
         g_object_unref(pShot);
         return u4Rgb;
     }
-
-    std::string m_strTitle;
 };
 
 }  // namespace
@@ -74,18 +72,14 @@ TEST_F(GUIconfirmFpTest, StageCodesSelectTheirTips) {
     const struct {
         uint32_t u4Stage;
         const std::string* pstrMarkup;  // null: the tips stay as they are
+        // clang-format off
     } aCases[] = {
-        {0xEA, &NY_MARKUP_CHANGE_FINGER},
-        {0xEB, &NY_MARKUP_INVALID},
-        {0xEE, &NY_MARKUP_LIFT},
-        {0xEF, &NY_MARKUP_PLACE},
-        {0x123456EE, &NY_MARKUP_LIFT},
-        {UI_FP_VERIFY_FAILED, &NY_MARKUP_FAILED},
-        {0xE06163CE, nullptr},
-        {0xCF, nullptr},
-        {0, nullptr},
-        {0xEC, nullptr},
+        {0xEA, &NY_MARKUP_CHANGE_FINGER}, {0xEB, &NY_MARKUP_INVALID}, {0xEE, &NY_MARKUP_LIFT},
+        {0xEF, &NY_MARKUP_PLACE}, {0x123456EE, &NY_MARKUP_LIFT},
+        {UI_FP_VERIFY_FAILED, &NY_MARKUP_FAILED}, {0xE06163CE, nullptr}, {0xCF, nullptr},
+        {0, nullptr}, {0xEC, nullptr},
     };
+    // clang-format on
     for (const auto& test : aCases) {
         const char* szMarkup = GUIconfirmFp::StageMarkup(test.u4Stage);
         if (test.pstrMarkup == nullptr) {
@@ -97,71 +91,65 @@ TEST_F(GUIconfirmFpTest, StageCodesSelectTheirTips) {
     }
 }
 
-TEST_F(GUIconfirmFpTest, EnrolmentWalksThroughItsStagesOnDarkBlue) {
+// One enrolment window through all it shows: its stages on dark blue, the second picture for
+// a change of finger, a stage repeated or of another kind refreshing nothing, and the cancel
+// image that follows the pointer and cancels on a click.
+TEST_F(GUIconfirmFpTest, EnrolmentWalksThroughItsStagesUntilTheCancelImageIsClicked) {
     Open(UI_CTT_FINGERPRINT_ENROL);
+    ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
     EXPECT_EQ(NY_MARKUP_TITLE_ENROL, NyGuiTestLabelMarkup("stc_title"));
     EXPECT_EQ(NY_MARKUP_INITIAL, NyGuiTestLabelMarkup("stc_tips"));
     EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
     EXPECT_TRUE(NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true));
     NyTestMovePointer(0, 0);
     EXPECT_EQ(0x284B8Cu, ShotPixel("fingerprint-enrol-start", 2, 2));
+    // Stage 0 is where the dialog starts: nothing to refresh.
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0));
     const struct {
         uint32_t u4Stage;
         const std::string* pstrMarkup;
+        const char* szPicture;
         const char* szShot;
     } aStages[] = {
-        {0xEF, &NY_MARKUP_PLACE, "fingerprint-enrol-place"},
-        {0xEE, &NY_MARKUP_LIFT, "fingerprint-enrol-lift"},
-        {0xEB, &NY_MARKUP_INVALID, "fingerprint-enrol-invalid"},
+        {0xEF, &NY_MARKUP_PLACE, "InputFp.png", "fingerprint-enrol-place"},
+        {0xEE, &NY_MARKUP_LIFT, "InputFp.png", "fingerprint-enrol-lift"},
+        {0xEB, &NY_MARKUP_INVALID, "InputFp.png", "fingerprint-enrol-invalid"},
+        {0xEA, &NY_MARKUP_CHANGE_FINGER, "InputFpAgin.png", "fingerprint-enrol-change-finger"},
     };
     for (const auto& stage : aStages) {
         EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, stage.u4Stage));
         EXPECT_TRUE(WaitTips(*stage.pstrMarkup)) << stage.szShot;
-        EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
+        EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", stage.szPicture)) << stage.szShot;
         NyGuiTestShot(m_strWindow, stage.szShot);
     }
-    EXPECT_EQ(0u, m_pDialog->stop());
-    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUIconfirmFpTest, ChangeFingerStageShowsItsTextAndTheSecondPicture) {
-    Open(UI_CTT_FINGERPRINT_ENROL);
-    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0x000000EA));
-    EXPECT_TRUE(WaitTips(NY_MARKUP_CHANGE_FINGER));
     EXPECT_EQ("请更换手指再次录入指纹！", NyGuiTestLabelText("stc_tips"));
+    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEA));
+    EXPECT_EQ(0u, Update(1, 0xEE));  // another kind
+    usleep(400 * 1000);              // four timer periods
+    EXPECT_EQ(4, m_nSignals.load());
+    EXPECT_EQ(NY_MARKUP_CHANGE_FINGER, NyGuiTestLabelMarkup("stc_tips"));
     EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFpAgin.png"));
-    EXPECT_FALSE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
-    NyGuiTestShot(m_strWindow, "fingerprint-enrol-change-finger");
-    m_pDialog->stop();
-    Finish();
-}
 
-TEST_F(GUIconfirmFpTest, SameStageTwiceRefreshesTheTipsOnce) {
-    Open(UI_CTT_FINGERPRINT_ENROL);
-    ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
-    // Stage 0 is where the dialog starts: nothing to refresh.
-    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0));
-    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
-    EXPECT_TRUE(WaitTips(NY_MARKUP_LIFT));
-    EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEE));
-    usleep(400 * 1000);  // four timer periods
-    EXPECT_EQ(1, m_nSignals.load());
-    m_pDialog->stop();
-    Finish();
-}
-
-TEST_F(GUIconfirmFpTest, UpdateOfAnotherKindChangesNothingVisible) {
-    Open(UI_CTT_FINGERPRINT_ENROL);
-    EXPECT_EQ(0u, Update(1, 0xEA));
-    usleep(400 * 1000);
-    EXPECT_EQ(NY_MARKUP_INITIAL, NyGuiTestLabelMarkup("stc_tips"));
-    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
-    m_pDialog->stop();
+    int iX = 0;
+    int iY = 0;
+    ASSERT_TRUE(NyGuiTestWidgetCentre("eventbox_cancle", &iX, &iY));
+    NyTestMovePointer(iX, iY);
+    EXPECT_TRUE(NyTestWaitUntil(
+        [] {
+            return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle_hover.png", true);
+        },
+        NY_GUI_TEST_WAIT_MS));
+    NyGuiTestShot(m_strWindow, "fingerprint-cancel-hover");
+    NyTestMovePointer(iX - 150, iY + 150);
+    EXPECT_TRUE(NyTestWaitUntil(
+        [] { return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true); },
+        NY_GUI_TEST_WAIT_MS));
+    NyTestClickAt(iX, iY);
     tagBlkUiParam blk = Finish();
-    // The block was replaced all the same; the answer is still the dialog's.
+    // The update's block replaced the request all the same; the answer is still the dialog's.
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
     EXPECT_EQ(1u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
-    EXPECT_EQ(0xEAu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
+    EXPECT_EQ(0xEEu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
 }
 
 TEST_F(GUIconfirmFpTest, VerificationFailureThenStopClosesWithinAboutOneTimerPeriod) {
@@ -193,30 +181,9 @@ TEST_F(GUIconfirmFpTest, StopAndUpdateNeverWaitForTheGuiLock) {
     EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
 }
 
-TEST_F(GUIconfirmFpTest, CancelImageFollowsThePointerAndAClickCancels) {
-    Open(UI_CTT_FINGERPRINT_ENROL);
-    int iX = 0;
-    int iY = 0;
-    ASSERT_TRUE(NyGuiTestWidgetCentre("eventbox_cancle", &iX, &iY));
-    NyTestMovePointer(iX, iY);
-    EXPECT_TRUE(NyTestWaitUntil(
-        [] {
-            return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle_hover.png", true);
-        },
-        NY_GUI_TEST_WAIT_MS));
-    NyGuiTestShot(m_strWindow, "fingerprint-cancel-hover");
-    NyTestMovePointer(iX - 150, iY + 150);
-    EXPECT_TRUE(NyTestWaitUntil(
-        [] { return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true); },
-        NY_GUI_TEST_WAIT_MS));
-    NyTestClickAt(iX, iY);
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-}
-
 TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
     m_req = NyConfirmTestRequest(UI_CTT_FINGERPRINT_ENROL, 30);
-    GUIconfirmFp dlg(&m_req, m_pConfig.get());
+    GUIconfirmFp dlg(&m_req, Config());
     EXPECT_EQ(0u, dlg.stop());
     EXPECT_EQ(0u, dlg.run());  // returns at once instead of waiting for the token
     EXPECT_EQ(1u, dlg.IsFinished());

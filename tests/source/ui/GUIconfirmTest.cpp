@@ -39,10 +39,11 @@ std::string Remain(uint32_t u4Seconds) {
     return Formatted(NY_TXT_REMAIN, u4Seconds);
 }
 
-class GUIconfirmTest : public CConfirmDialogTest<GUIconfirm> {
+class GUIconfirmTest : public CConfirmDialogTest {
 protected:
-    void Open(const tagBlkUiParam& req) { OpenDialog(req, TitleRegex()); }
-    static std::string TitleRegex() { return "^" + NyGuiTestText(NY_TXT_TITLE) + "$"; }
+    void Open(const tagBlkUiParam& req) {
+        OpenDialog<GUIconfirm>(req, NyGuiTestText(NY_TXT_TITLE));
+    }
     static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
     static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
     // Waits until the countdown shows u4Seconds; the time that took, or -1 ms when it did not.
@@ -68,41 +69,28 @@ struct BlkKindCaseTag {
 
 TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
     const std::string strVerify = NyGuiTestText(0x210122);
+    // clang-format off
     const BlkKindCaseTag aCases[] = {
-        {1, 7, 0, NyGuiTestText(0x210070)},
-        {2, 7, 0, NyGuiTestText(0x210072)},
-        {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"},
-        {4, 7, 0, Formatted(0x21006D, 7)},
-        {5, 7, 0, NyGuiTestText(0x210073)},
-        {6, 7, 0, Formatted(0x210078, 7)},
-        {7, 7, 0, NyGuiTestText(0x210074)},
-        {8, 2, 0, Formatted(0x10044, 2)},
-        {9, 7, 0, NyGuiTestText(0x210075)},
-        {10, 7, 0, NyGuiTestText(0x210076)},
-        {11, 7, 0, Formatted(0x21006E, 7)},
-        {12, 7, 0, "操作已在UKey上取消！"},
-        {15, 0, 0, NyGuiTestText(0x210121)},
-        {15, 0x12, 0, NyGuiTestText(0x210121)},
-        {15, 0xEA, 0, NyGuiTestText(0x210123)},
-        {15, 0x99EB, 0, NyGuiTestText(0x210124)},
-        {15, 0xEE, 0, NyGuiTestText(NY_TXT_LIFT_FINGER)},
-        {15, 0xEF, 0, NyGuiTestText(0x210126)},
-        {15, UI_FP_VERIFY_FAILED, 0, NyGuiTestText(0x210121)},
-        {16, 0xEE, 0, strVerify},
-        {16, 0, 1, "剩余尝试次数:1\n" + strVerify},
-        {16, 0, 2, "剩余尝试次数:2\n" + strVerify},
-        {16, 0, 3, strVerify},
-        {0, 7, 0, ""},
-        {13, 7, 0, ""},
-        {14, 7, 0, ""},
-        {17, 7, 0, ""},
+        {1, 7, 0, NyGuiTestText(0x210070)}, {2, 7, 0, NyGuiTestText(0x210072)},
+        {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"}, {4, 7, 0, Formatted(0x21006D, 7)},
+        {5, 7, 0, NyGuiTestText(0x210073)}, {6, 7, 0, Formatted(0x210078, 7)},
+        {7, 7, 0, NyGuiTestText(0x210074)}, {8, 2, 0, Formatted(0x10044, 2)},
+        {9, 7, 0, NyGuiTestText(0x210075)}, {10, 7, 0, NyGuiTestText(0x210076)},
+        {11, 7, 0, Formatted(0x21006E, 7)}, {12, 7, 0, "操作已在UKey上取消！"},
+        {15, 0, 0, NyGuiTestText(0x210121)}, {15, 0x12, 0, NyGuiTestText(0x210121)},
+        {15, 0xEA, 0, NyGuiTestText(0x210123)}, {15, 0x99EB, 0, NyGuiTestText(0x210124)},
+        {15, 0xEE, 0, NyGuiTestText(NY_TXT_LIFT_FINGER)}, {15, 0xEF, 0, NyGuiTestText(0x210126)},
+        {15, UI_FP_VERIFY_FAILED, 0, NyGuiTestText(0x210121)}, {16, 0xEE, 0, strVerify},
+        {16, 0, 1, "剩余尝试次数:1\n" + strVerify}, {16, 0, 2, "剩余尝试次数:2\n" + strVerify},
+        {16, 0, 3, strVerify}, {0, 7, 0, ""}, {13, 7, 0, ""}, {14, 7, 0, ""}, {17, 7, 0, ""},
         {0xFFFFFFFF, 7, 0, ""},
     };
+    // clang-format on
     EXPECT_NE(std::string::npos, Formatted(0x10044, 2).find("还有2次"));
     for (const BlkKindCaseTag& test : aCases) {
         tagBlkUiParam req =
             NyConfirmTestRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
-        GUIconfirm dlg(&req, m_pConfig.get());
+        GUIconfirm dlg(&req, Config());
         char szText[NY_GUI_LONG_TEXT_SIZE] = "unset";
         bool bHas = dlg.SelectMessage(szText, sizeof(szText));
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind) + " detail " +
@@ -118,18 +106,13 @@ TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     const struct {
         uint32_t u4Detail;
         unsigned int u4TextId;  // 0: the message stays
+        // clang-format off
     } aCases[] = {
-        {0xEA, 0x210123},
-        {0xEB, NY_TXT_INVALID_DATA},
-        {0xEE, NY_TXT_LIFT_FINGER},
-        {0xEF, 0x210126},
-        {0xFFFFFFEE, NY_TXT_LIFT_FINGER},
-        {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
-        {0xE06163CE, 0},
-        {0xCF, 0},
-        {0, 0},
-        {0xED, 0},
+        {0xEA, 0x210123}, {0xEB, NY_TXT_INVALID_DATA}, {0xEE, NY_TXT_LIFT_FINGER}, {0xEF, 0x210126},
+        {0xFFFFFFEE, NY_TXT_LIFT_FINGER}, {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
+        {0xE06163CE, 0}, {0xCF, 0}, {0, 0}, {0xED, 0},
     };
+    // clang-format on
     for (const auto& test : aCases) {
         EXPECT_EQ(test.u4TextId, NyConfirmUpdateTextId(test.u4Detail)) << std::hex << test.u4Detail;
     }
@@ -138,20 +121,45 @@ TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     EXPECT_EQ(0u, NyConfirmFirstCount(0));  // no wrap-around to four billion seconds
 }
 
-TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimit) {
-    struct {
+// The message shown per kind wraps only beyond its limit (kind 1: 99 bytes; others: the
+// label's 40 characters); the device image is the kind's token picture scaled to 200 x 100.
+TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimitBesideTheKindsPicture) {
+    const char* szPng = "USBKey_Confirm.png";
+    const char* szGif = "USBKey_Fingerprint_Confirm.gif";
+    const struct {
         uint32_t u4Kind;
-        bool bWraps;  // kind 1: beyond 99 bytes; others: beyond the label's 40 characters
-    } aCases[] = {{1, true}, {2, true}, {6, false}, {12, false}, {0, false}};
+        bool bWraps;
+        const char* szFile;
+    // clang-format off
+    } aCases[] = {
+        {1, true, szPng}, {2, true, szPng}, {6, false, szPng}, {12, false, szPng},
+        {0, false, szPng}, {4, true, szPng}, {UI_CTT_FINGERPRINT_ENROL, true, szGif},
+        {UI_CTT_FINGERPRINT_VERIFY, true, szGif},
+    };
+    // clang-format on
     for (const auto& test : aCases) {
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind));
         Open(NyConfirmTestRequest(test.u4Kind, 30));
         tagBlkUiParam req = m_req;
         char szExpected[NY_GUI_LONG_TEXT_SIZE] = "";
-        GUIconfirm(&req, m_pConfig.get()).SelectMessage(szExpected, sizeof(szExpected));
+        GUIconfirm(&req, Config()).SelectMessage(szExpected, sizeof(szExpected));
         EXPECT_EQ(szExpected, Tips());
         EXPECT_EQ(test.bWraps, NyGuiTestLabelWraps("confirm_tips"));
         NyGuiTestShot(m_strWindow, "confirm-kind" + std::to_string(test.u4Kind));
+        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
+        ASSERT_NE(nullptr, pShown);
+        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
+        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
+        // The file scaled to 200 x 100 as it is shown, and not the other picture.
+        for (const char* szFile : {szPng, szGif}) {
+            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
+            ASSERT_NE(nullptr, pFile) << szFile;
+            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
+            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
+            g_object_unref(pScaled);
+            g_object_unref(pFile);
+        }
+        g_object_unref(pShown);
         m_pDialog->stop();
         Finish();
         m_pRun.reset();
@@ -178,15 +186,23 @@ TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
     usleep(2500 * 1000);
     EXPECT_EQ(Remain(0), Countdown());
     EXPECT_EQ(0u, m_pDialog->IsFinished());
-    EXPECT_EQ(1u, NyTestFindWindows(TitleRegex()).size());
+    EXPECT_EQ(1u, NyTestFindWindows("^" + m_strTitle + "$").size());
     m_pDialog->stop();
     Finish();
 }
 
-TEST_F(GUIconfirmTest, FingerprintUpdatesRestartTheCountAndFollowTheDetailValue) {
+// An update of another kind changes nothing shown (the count goes on from the request's
+// time-out); fingerprint updates restart the count and follow the detail value.
+TEST_F(GUIconfirmTest, UpdatesOfTheFingerprintKindsAloneChangeWhatIsShown) {
     Open(NyConfirmTestRequest(2, 30));
     const std::string strFirst = Tips();
     ASSERT_FALSE(strFirst.empty());
+    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
+    EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
+    EXPECT_EQ(strFirst, Tips());
+    tagBlkUiParam blk = NyGuiTestResponse(m_pDialog.get());
+    EXPECT_EQ(3u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
+    EXPECT_EQ(90u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
     // A detail without a text of its own keeps the message, yet the count restarts.
     EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 40)));
     EXPECT_EQ(strFirst, Tips());
@@ -199,26 +215,12 @@ TEST_F(GUIconfirmTest, FingerprintUpdatesRestartTheCountAndFollowTheDetailValue)
     EXPECT_GE(WaitCountdown(59, 2000).count(), 0);
     NyGuiTestShot(m_strWindow, "confirm-update-lift-finger");
     m_pDialog->stop();
-    tagBlkUiParam blk = Finish();
+    blk = Finish();
     // The update's block replaced the request, but the answer is still the dialog's own.
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
     EXPECT_EQ(UI_CMD_UPDATE, blk.enUiCmdType);
     EXPECT_EQ(UI_CTT_FINGERPRINT_ENROL, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
     EXPECT_EQ(0xEEu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
-}
-
-TEST_F(GUIconfirmTest, UpdateOfAnotherKindChangesNothingVisible) {
-    Open(NyConfirmTestRequest(2, 30));
-    const std::string strTips = Tips();
-    EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
-    // Two ticks later the count went on from the request's time-out, not the update's.
-    EXPECT_GE(WaitCountdown(27, 3000).count(), 0);
-    EXPECT_EQ(strTips, Tips());
-    m_pDialog->stop();
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(3u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_KIND));
-    EXPECT_EQ(90u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_TIMEOUT));
 }
 
 TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
@@ -255,41 +257,9 @@ TEST_F(GUIconfirmTest, ClosableWindowClosedByTheWindowManagerAnswersCancel) {
     EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
 }
 
-TEST_F(GUIconfirmTest, DeviceImageIsTheTokenPictureAt200By100) {
-    const struct {
-        uint32_t u4Kind;
-        const char* szFile;
-        const char* szOther;
-    } aCases[] = {
-        {4, "USBKey_Confirm.png", "USBKey_Fingerprint_Confirm.gif"},
-        {UI_CTT_FINGERPRINT_ENROL, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"},
-        {UI_CTT_FINGERPRINT_VERIFY, "USBKey_Fingerprint_Confirm.gif", "USBKey_Confirm.png"}};
-    for (const auto& test : aCases) {
-        SCOPED_TRACE(test.szFile);
-        Open(NyConfirmTestRequest(test.u4Kind, 30));
-        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
-        ASSERT_NE(nullptr, pShown);
-        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
-        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
-        // The file scaled to 200 x 100 as it is shown, and not the other picture.
-        for (const char* szFile : {test.szFile, test.szOther}) {
-            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
-            ASSERT_NE(nullptr, pFile) << szFile;
-            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
-            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
-            g_object_unref(pScaled);
-            g_object_unref(pFile);
-        }
-        g_object_unref(pShown);
-        m_pDialog->stop();
-        Finish();
-        m_pRun.reset();
-    }
-}
-
 TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
     tagBlkUiParam req = NyConfirmTestRequest(4, 30, 1, 0x11);
-    GUIconfirm dlg(&req, m_pConfig.get());
+    GUIconfirm dlg(&req, Config());
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(req)));
     // A short update replaces only the bytes it carries.
     tagBlkUiParam upd = NyConfirmTestUpdate(5, 0x22, 60);
@@ -312,7 +282,7 @@ TEST_F(GUIconfirmTest, ConfirmCommandOpensTheFingerprintDialogOnlyForKinds15And1
     for (uint32_t u4Kind : {0u, 1u, 14u, 15u, 16u, 17u}) {
         tagBlkUiParam req = NyConfirmTestRequest(u4Kind, 30);
         std::unique_ptr<GUIBase> pDialog(
-            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, m_pConfig.get()));
+            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, Config()));
         bool bFingerprint = u4Kind == 15 || u4Kind == 16;
         EXPECT_EQ(bFingerprint, dynamic_cast<GUIconfirmFp*>(pDialog.get()) != nullptr) << u4Kind;
         EXPECT_EQ(!bFingerprint, dynamic_cast<GUIconfirm*>(pDialog.get()) != nullptr) << u4Kind;

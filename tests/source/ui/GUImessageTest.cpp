@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "NyGuiTestEnv.h"
+#include "NyPinDialogFixture.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
 #include "ui/GUImessage.h"
@@ -55,64 +55,40 @@ std::string Parse(uint32_t u4MsgId, uint32_t u4Param, uint32_t* pu4Mode = nullpt
 TEST(GUImessageText, EachMessageSelectsItsTextAndButtons) {
     const uint32_t S = NY_MSG_BUTTONS_SINGLE;
     const uint32_t Q = NY_MSG_BUTTONS_YES_NO;
+    // Wrong PIN (tries left in the low nibble, or in the parameter of ...CF; parameter 11
+    // keeps the id unlisted; the nibble wins over a fingerprint counter in bits 23-16), locked,
+    // not locked / wrong key, success notices by parameter, result codes, and unknown ids
+    // (including ones between listed ids).
+    // clang-format off
     const BlkMessageCase aCases[] = {
-        // wrong PIN: tries left in the low nibble, or in the parameter of ...CF
-        {0xE06163C3, 0, 0x00010043, 3, Q},
-        {0xE06163C1, 0, 0x00010043, 1, Q},
-        {0xE06163CF, 5, 0x00010043, 5, Q},
-        {0xE06163CF, 1, 0x00010043, 1, Q},             // no last-try text in the image
-        {0xE06163C0, 0, 0x00010049, NY_NO_FORMAT, S},  // no tries left: locked
-        {0xE06163CF, 0, 0x00010049, NY_NO_FORMAT, S},
-        {0xE06163C2, 11, 0x00010048, 0xE06163C2, S},  // parameter 11 keeps the id: unlisted
-        // fingerprint counters (bits 23-16 = 0x0B)
-        {0xE06163CF, 0x000B0002, 0x0001005A, 2, Q},
-        {0xE06163C4, 0x000B0007, 0x00010043, 4, Q},  // the nibble wins over the parameter
-        // locked
-        {0xE06163C0, 11, 0x0001005B, NY_NO_FORMAT, S},
-        {0xE0616983, 0, 0x00010049, NY_NO_FORMAT, S},
-        {0xE0616983, 11, 0x0001005B, NY_NO_FORMAT, S},
+        {0xE06163C3, 0, 0x00010043, 3, Q}, {0xE06163C1, 0, 0x00010043, 1, Q},
+        {0xE06163CF, 5, 0x00010043, 5, Q}, {0xE06163CF, 1, 0x00010043, 1, Q},
+        {0xE06163C0, 0, 0x00010049, NY_NO_FORMAT, S}, {0xE06163CF, 0, 0x00010049, NY_NO_FORMAT, S},
+        {0xE06163C2, 11, 0x00010048, 0xE06163C2, S}, {0xE06163CF, 0x000B0002, 0x0001005A, 2, Q},
+        {0xE06163C4, 0x000B0007, 0x00010043, 4, Q}, {0xE06163C0, 11, 0x0001005B, NY_NO_FORMAT, S},
+        {0xE0616983, 0, 0x00010049, NY_NO_FORMAT, S}, {0xE0616983, 11, 0x0001005B, NY_NO_FORMAT, S},
         {0xE0616983, 0x000B0000, 0x0001005B, NY_NO_FORMAT, S},
-        // not locked, wrong key
-        {0xE0603015, 12, 0x0021012C, NY_NO_FORMAT, S},
-        {0xE0603015, 0, 0x00010059, NY_NO_FORMAT, S},
-        {0xE0616FFE, 0, 0x00010047, NY_NO_FORMAT, S},
-        // success notices
-        {0, 1, 0x0001001D, NY_NO_FORMAT, S},
-        {0, 2, 0x0001001E, NY_NO_FORMAT, S},
-        {0, 3, 0x0001001F, NY_NO_FORMAT, S},
-        {0, 4, 0x00010020, NY_NO_FORMAT, S},
-        {0, 5, 0x00010022, NY_NO_FORMAT, S},
-        {0, 6, 0x00010021, NY_NO_FORMAT, S},
-        {0, 9, 0x00010053, NY_NO_FORMAT, S},
-        {0, 10, 0x00010057, NY_NO_FORMAT, S},
-        {0, 11, 0x00010055, NY_NO_FORMAT, S},
-        {0, 12, 0x0021012E, NY_NO_FORMAT, S},
-        {0, 0, 0x0001004C, NY_NO_FORMAT, S},
-        {0, 7, 0x0001004C, NY_NO_FORMAT, S},
-        {0, 8, 0x0001004C, NY_NO_FORMAT, S},
-        {0, 13, 0x0001004C, NY_NO_FORMAT, S},
-        // result codes
-        {0xE0600000, 0, 0x00010048, 0xE0600000, S},
-        {0xE0600001, 0, 0x00010023, NY_NO_FORMAT, S},
-        {0xE0600008, 0, 0x0001002B, NY_NO_FORMAT, S},
-        {0xE0601004, 0, 0x00010029, NY_NO_FORMAT, S},
-        {0xE0601008, 0, 0x00010033, NY_NO_FORMAT, S},
-        {0xE0602002, 0, 0x00010027, NY_NO_FORMAT, S},
-        {0xE0603007, 0, 0x0001002A, NY_NO_FORMAT, S},
-        {0xE060300A, 0, 0x00010039, NY_NO_FORMAT, S},
-        {0xE0603103, 0, 0x0001003D, NY_NO_FORMAT, S},
-        {0xE0603109, 0, 0x00010041, NY_NO_FORMAT, S},
-        {0xE0606000, 0, 0x00010046, NY_NO_FORMAT, S},
-        {0xE0616FF2, 0, 0x0001002D, NY_NO_FORMAT, S},
-        {0xE061FFFF, 0, 0x00010045, NY_NO_FORMAT, S},
-        {0x60606001, 0, 0x00210051, NY_NO_FORMAT, S},
-        {0x60606002, 0, 0x00010022, NY_NO_FORMAT, Q},
-        // unknown ids, including ones between listed ids
+        {0xE0603015, 12, 0x0021012C, NY_NO_FORMAT, S}, {0xE0603015, 0, 0x00010059, NY_NO_FORMAT, S},
+        {0xE0616FFE, 0, 0x00010047, NY_NO_FORMAT, S}, {0, 1, 0x0001001D, NY_NO_FORMAT, S},
+        {0, 2, 0x0001001E, NY_NO_FORMAT, S}, {0, 3, 0x0001001F, NY_NO_FORMAT, S},
+        {0, 4, 0x00010020, NY_NO_FORMAT, S}, {0, 5, 0x00010022, NY_NO_FORMAT, S},
+        {0, 6, 0x00010021, NY_NO_FORMAT, S}, {0, 9, 0x00010053, NY_NO_FORMAT, S},
+        {0, 10, 0x00010057, NY_NO_FORMAT, S}, {0, 11, 0x00010055, NY_NO_FORMAT, S},
+        {0, 12, 0x0021012E, NY_NO_FORMAT, S}, {0, 0, 0x0001004C, NY_NO_FORMAT, S},
+        {0, 7, 0x0001004C, NY_NO_FORMAT, S}, {0, 8, 0x0001004C, NY_NO_FORMAT, S},
+        {0, 13, 0x0001004C, NY_NO_FORMAT, S}, {0xE0600000, 0, 0x00010048, 0xE0600000, S},
+        {0xE0600001, 0, 0x00010023, NY_NO_FORMAT, S}, {0xE0600008, 0, 0x0001002B, NY_NO_FORMAT, S},
+        {0xE0601004, 0, 0x00010029, NY_NO_FORMAT, S}, {0xE0601008, 0, 0x00010033, NY_NO_FORMAT, S},
+        {0xE0602002, 0, 0x00010027, NY_NO_FORMAT, S}, {0xE0603007, 0, 0x0001002A, NY_NO_FORMAT, S},
+        {0xE060300A, 0, 0x00010039, NY_NO_FORMAT, S}, {0xE0603103, 0, 0x0001003D, NY_NO_FORMAT, S},
+        {0xE0603109, 0, 0x00010041, NY_NO_FORMAT, S}, {0xE0606000, 0, 0x00010046, NY_NO_FORMAT, S},
+        {0xE0616FF2, 0, 0x0001002D, NY_NO_FORMAT, S}, {0xE061FFFF, 0, 0x00010045, NY_NO_FORMAT, S},
+        {0x60606001, 0, 0x00210051, NY_NO_FORMAT, S}, {0x60606002, 0, 0x00010022, NY_NO_FORMAT, Q},
         {0xE0609999, 0, 0x00010048, 0xE0600000 + 0x9999, S},
-        {0xE0603101, 0, 0x00010048, 0xE0603101, S},
-        {0xE0603006, 3, 0x00010048, 0xE0603006, S},
+        {0xE0603101, 0, 0x00010048, 0xE0603101, S}, {0xE0603006, 3, 0x00010048, 0xE0603006, S},
         {0x12345678, 0, 0x00010048, 0x12345678, S},
     };
+    // clang-format on
     for (const BlkMessageCase& c : aCases) {
         uint32_t u4Mode = 99;
         std::string strText = Parse(c.u4MsgId, c.u4Param, &u4Mode);
@@ -121,16 +97,6 @@ TEST(GUImessageText, EachMessageSelectsItsTextAndButtons) {
         EXPECT_FALSE(strText.empty()) << std::hex << c.u4MsgId << "/" << c.u4Param;
         EXPECT_EQ(c.u4ButtonMode, u4Mode) << std::hex << c.u4MsgId << "/" << c.u4Param;
     }
-}
-
-TEST(GUImessageText, ProductTextsReadAsTheProductWritesThem) {
-    EXPECT_EQ("操作成功！", Parse(0, 7));
-    EXPECT_EQ("您的UKey密码输入有误，还有 3 次机会，请核对后重新输入，是否继续重试？",
-              Parse(0xE06163C3, 0));
-    EXPECT_EQ("您的UKey密码已锁定，请前往柜面解锁！", Parse(0xE06163C0, 0));
-    EXPECT_EQ("您的指纹已锁定，请先进行解锁！", Parse(0xE06163C0, 11));
-    EXPECT_EQ("您的指纹已连续 2 次验证失败，请核对。是否继续重试？", Parse(0xE06163CF, 0x000B0002));
-    EXPECT_EQ("未知错误，错误码0xe0609999！", Parse(0xE0609999, 0));
 }
 
 TEST(GUImessageText, TextIsCutToTheCallersBuffer) {
@@ -145,16 +111,12 @@ TEST(GUImessageText, TextIsCutToTheCallersBuffer) {
 
 namespace {
 
-class GUImessageTest : public testing::Test {
+class GUImessageTest : public CPinDialogTest {
 protected:
     void Open(uint32_t u4MsgId, uint32_t u4Param) {
         m_req = NyGuiTestRequest(UI_CMD_MESSAGE, u4MsgId, u4Param);
         NyUiParamSetU4(&m_req, UI_OFS_MESSAGE_CHOICE, 0x5A5A5A5A);
-        m_pDialog.reset(new GUImessage(&m_req, m_pConfig.get()));
-        m_pRun.reset(new CGuiTestRun(m_pDialog.get()));
-        m_strTitle = NyGuiTestText(NY_TXT_TITLE);
-        m_strWindow = NyTestWaitWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS);
-        ASSERT_FALSE(m_strWindow.empty());
+        CPinDialogTest::Open(new GUImessage(&m_req, Config()), NY_TXT_TITLE);
     }
     BlkTestAccessibleTag Button(unsigned int u4TextId) {
         BlkTestAccessibleTag blk;
@@ -170,44 +132,55 @@ protected:
         }
         return v;
     }
-    // Presses a button and checks the answer's result and choice.
-    void Answer(unsigned int u4Button, uint32_t u4Res, uint32_t u4Choice) {
-        NyGuiTestClick(Button(u4Button));
-        tagBlkUiParam blk = Finish();
-        EXPECT_EQ(u4Res, blk.enRes);
-        EXPECT_EQ(u4Choice, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
-    }
     std::vector<std::string> YesNo() {
         return {NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)};
     }
-    tagBlkUiParam Finish() {
-        EXPECT_TRUE(m_pRun->Wait(NY_GUI_TEST_WAIT_MS));
-        EXPECT_EQ(1u, m_pDialog->IsFinished());
-        EXPECT_TRUE(NyTestWaitNoWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS));
-        return NyGuiTestResponse(m_pDialog.get());
-    }
 
-    std::unique_ptr<CConfig> m_pConfig = NyGuiTestConfig();
     tagBlkUiParam m_req;
-    std::unique_ptr<GUImessage> m_pDialog;
-    std::unique_ptr<CGuiTestRun> m_pRun;
-    std::string m_strTitle;
-    std::string m_strWindow;
 };
 
 }  // namespace
 
-TEST_F(GUImessageTest, WrongPinQuestionYesAnswersChoiceOne) {
-    Open(0xE06163C3, 0);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", Parse(0xE06163C3, 0)));
-    NyGuiTestShot(m_strWindow, "message-wrong-pin");
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
-}
-
-TEST_F(GUImessageTest, WrongPinQuestionNoAnswersChoiceTwo) {
-    Open(0xE06163C3, 0);
-    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
+// Each message on screen with its buttons, and what the pressed button answers (no button:
+// stopped).
+TEST_F(GUImessageTest, EachMessageShowsItsButtonsAndAnswersThePressedOne) {
+    const uint32_t NY_ANY = 0xFFFFFFFF;
+    const struct {
+        uint32_t u4MsgId, u4Param;
+        std::string strText;
+        bool bQuestion;
+        unsigned int u4Press;
+        uint32_t u4Res, u4Choice;
+    } aCases[] = {
+        {0xE06163C3, 0, "您的UKey密码输入有误，还有 3 次机会，请核对后重新输入，是否继续重试？",
+         true, NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES},
+        {0xE06163C3, 0, Parse(0xE06163C3, 0), true, NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO},
+        {0xE06163C0, 11, "您的指纹已锁定，请先进行解锁！", false, 0, UI_RESULT_CANCEL, NY_ANY},
+        {0xE06163CF, 0x000B0002, "您的指纹已连续 2 次验证失败，请核对。是否继续重试？", true,
+         NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO},
+        {0, 7, "操作成功！", false, NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE},
+        {0xE0609999, 0, "未知错误，错误码0xe0609999！", false, NY_TXT_OK, UI_RESULT_OK, NY_ANY},
+        {0xE06163CF, 1, Parse(0xE06163CF, 1), true, NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES},
+    };
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(c.strText);
+        Open(c.u4MsgId, c.u4Param);
+        EXPECT_TRUE(NyGuiTestWaitFor("label", c.strText));
+        NyGuiTestShot(m_strWindow, "message-" + std::to_string(c.u4MsgId & 0xFFFF));
+        if (c.bQuestion) {
+            EXPECT_EQ(YesNo(), ShowingButtons());
+        }
+        if (c.u4Press == 0) {
+            m_pDialog->stop();
+        } else {
+            NyGuiTestClick(Button(c.u4Press));
+        }
+        tagBlkUiParam blk = Finish();
+        EXPECT_EQ(c.u4Res, blk.enRes);
+        if (c.u4Choice != NY_ANY) {
+            EXPECT_EQ(c.u4Choice, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
+        }
+    }
 }
 
 TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
@@ -231,41 +204,6 @@ TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
     tagBlkUiParam blk = Finish();
     EXPECT_EQ(UI_RESULT_OK, blk.enRes);
     EXPECT_EQ(NY_MSG_CHOICE_NONE, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
-}
-
-TEST_F(GUImessageTest, FingerprintLockedNoticeIsShown) {
-    Open(0xE06163C0, 11);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "您的指纹已锁定，请先进行解锁！"));
-    m_pDialog->stop();
-    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUImessageTest, FingerprintFailureIsAQuestionWithTheCount) {
-    Open(0xE06163CF, 0x000B0002);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "您的指纹已连续 2 次验证失败，请核对。是否继续重试？"));
-    NyGuiTestShot(m_strWindow, "message-fingerprint");
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_NO, UI_RESULT_CANCEL, NY_MSG_CHOICE_NO);
-}
-
-TEST_F(GUImessageTest, SuccessNoticeAnswersOkWithChoiceZero) {
-    Open(0, 7);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "操作成功！"));
-    NyGuiTestShot(m_strWindow, "message-success");
-    Answer(NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE);
-}
-
-TEST_F(GUImessageTest, UnknownIdShowsItInHex) {
-    Open(0xE0609999, 0);
-    EXPECT_TRUE(NyGuiTestWaitFor("label", "未知错误，错误码0xe0609999！"));
-    NyGuiTestClick(Button(NY_TXT_OK));
-    EXPECT_EQ(UI_RESULT_OK, Finish().enRes);
-}
-
-TEST_F(GUImessageTest, LastTryOkAlwaysAnswersChoiceOne) {
-    Open(0xE06163CF, 1);
-    EXPECT_EQ(YesNo(), ShowingButtons());
-    Answer(NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES);
 }
 
 TEST_F(GUImessageTest, QuestionClosedByTheWindowManagerAnswersCancel) {

@@ -23,6 +23,20 @@ GtkWidget* FindIn(GtkWidget* pWidget, const char* szId) {
     return pFound;
 }
 
+void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
+    if (GTK_IS_ENTRY(pWidget) && !gtk_entry_get_visibility(GTK_ENTRY(pWidget)) &&
+        gtk_widget_get_visible(pWidget)) {
+        pvTexts->push_back(gtk_entry_get_text(GTK_ENTRY(pWidget)));
+    }
+    if (GTK_IS_CONTAINER(pWidget)) {
+        GList* pChildren = gtk_container_get_children(GTK_CONTAINER(pWidget));
+        for (GList* p = pChildren; p != nullptr; p = p->next) {
+            CollectPinTexts(GTK_WIDGET(p->data), pvTexts);
+        }
+        g_list_free(pChildren);
+    }
+}
+
 // The widget with that id; the GDK lock must be held.
 GtkWidget* Find(const char* szId) {
     GList* pWindows = gtk_window_list_toplevels();
@@ -146,4 +160,16 @@ gulong NyGuiTestOnLabelSet(const char* szId, GCallback pfnHandler, gpointer pvDa
         uHandler = g_signal_connect(p, "notify::label", pfnHandler, pvData);
     });
     return uHandler;
+}
+
+std::vector<std::string> NyGuiTestPinTexts() {
+    std::vector<std::string> vTexts;
+    gdk_threads_enter();
+    GList* pWindows = gtk_window_list_toplevels();
+    for (GList* p = pWindows; p != nullptr; p = p->next) {
+        CollectPinTexts(GTK_WIDGET(p->data), &vTexts);
+    }
+    g_list_free(pWindows);
+    gdk_threads_leave();
+    return vTexts;
 }

@@ -8,6 +8,7 @@
 #include <gtk/gtk.h>
 
 #include <string>
+#include <vector>
 
 // Path of a file in the resource folder the dialogs load from (build/bin/res).
 std::string NyGuiTestResPath(const std::string& strName);
@@ -25,6 +26,9 @@ GdkPixbuf* NyGuiTestImagePixbuf(const char* szId, bool bChild = false);
 bool NyGuiTestSamePixels(GdkPixbuf* pA, GdkPixbuf* pB);
 // Whether an image shows the resource file as it is.
 bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild = false);
+
+// Texts of every entry on screen that hides what is typed (the PIN entries), in tree order.
+std::vector<std::string> NyGuiTestPinTexts();
 
 // Screen coordinates of a widget's centre; false when it is not on screen.
 bool NyGuiTestWidgetCentre(const char* szId, int* piX, int* piY);

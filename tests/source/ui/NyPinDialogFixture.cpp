@@ -25,13 +25,17 @@ bool AnyLabelShows(const std::string& strText) {
 }  // namespace
 
 void CPinDialogTest::Open(GUIBase* pDialog, unsigned int u4TitleId) {
+    OpenTitled(pDialog, NyGuiTestText(u4TitleId));
+    ASSERT_TRUE(NyGuiTestWaitFor("frame", m_strTitle));
+}
+
+void CPinDialogTest::OpenTitled(GUIBase* pDialog, const std::string& strTitle) {
     m_pRun.reset();
     m_pDialog.reset(pDialog);
     m_pRun.reset(new CGuiTestRun(pDialog));
-    m_strTitle = NyGuiTestText(u4TitleId);
+    m_strTitle = strTitle;
     m_strWindow = NyTestWaitWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS);
     ASSERT_FALSE(m_strWindow.empty()) << "no window titled " << m_strTitle;
-    ASSERT_TRUE(NyGuiTestWaitFor("frame", m_strTitle));
 }
 
 BlkTestAccessibleTag CPinDialogTest::Entry(unsigned int u4CaptionId, const char* szRole) {

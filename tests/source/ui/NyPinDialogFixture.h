@@ -25,6 +25,8 @@ protected:
 
     // Runs the dialog (the fixture owns it) and waits for its window titled text u4TitleId.
     void Open(GUIBase* pDialog, unsigned int u4TitleId);
+    // The same for a window titled strTitle.
+    void OpenTitled(GUIBase* pDialog, const std::string& strTitle);
     // The entry captioned by text u4CaptionId.
     BlkTestAccessibleTag Entry(unsigned int u4CaptionId, const char* szRole = NY_ROLE_PIN);
     // Clicks into that entry and types strText.

@@ -1,19 +1,17 @@
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <unistd.h>
 
-#include <cctype>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
+#include <cstring>
 
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
 #include "support/CNyTestChild.h"
 #include "support/NyTestLogQueue.h"
-#include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
+#include "support/NyTestRun.h"
+
+// A record of pid 4321, thread 4322, line 77 (built by the in-process tests).
+tagBlkLogItem NyLogViewTestItem(uint32_t u4Level, const char* szSource, const char* szMessage);
 
 namespace {
 
@@ -30,25 +28,6 @@ pid_t StartLoggingProcess(const CNyTestLogQueue& queue, const std::function<void
     });
 }
 
-// Output of one viewer run, in a file removed with the object.
-class CViewerOutput {
-public:
-    CViewerOutput() : m_strPath("/tmp/" + NyTestUniqueName("ukey-logview-out")) {}
-    ~CViewerOutput() { unlink(m_strPath.c_str()); }
-    const std::string& Path() const { return m_strPath; }
-    std::vector<std::string> Lines() const {
-        std::ifstream in(m_strPath);
-        std::vector<std::string> vLines;
-        for (std::string str; std::getline(in, str);) {
-            vLines.push_back(str);
-        }
-        return vLines;
-    }
-
-private:
-    std::string m_strPath;
-};
-
 std::vector<std::string> ViewerArgs(const CNyTestLogQueue& queue,
                                     std::vector<std::string> vOptions) {
     std::vector<std::string> vArgs = {NyTestBinPath("ukey-logview"), "--queue", queue.QueueName(),
@@ -57,128 +36,91 @@ std::vector<std::string> ViewerArgs(const CNyTestLogQueue& queue,
     return vArgs;
 }
 
-// Runs the viewer to its end; its exit code.
-int RunViewer(const CNyTestLogQueue& queue, const std::vector<std::string>& vOptions,
-              const CViewerOutput& output) {
-    return CNyTestChild(NyTestSpawn(ViewerArgs(queue, vOptions), output.Path())).Wait(20000);
+void Push(CLockfreeArrayQueue* pQueue, uint32_t u4Level, uint64_t u8Time, const char* szMessage) {
+    tagBlkLogItem item = NyLogViewTestItem(u4Level, "source/GUIBase.cpp", szMessage);
+    item.u8Time = u8Time;
+    ASSERT_EQ(NY_LFQ_OK, pQueue->Push(item));
 }
 
-}  // namespace
-
-TEST(NyLogViewEndToEnd, JsonBacklogCarriesTheRecordsOfALoggingProcess) {
+TEST(NyLogViewEndToEnd, PeekingAndFilteredRunsLeaveTheRecordsForOthersAndMistakesAreSaid) {
     CNyTestLogQueue queue(16);
-    CNyTestChild logger(StartLoggingProcess(queue, [] {
-        NyLogEx(LOG_INFO, "source/GUIverify.cpp", 321, "hello \"%s\"\n", "viewer");
-        NyLogEx(LOG_ERROR, "source/MainServer.cpp", 9, "u4Result = %08X", 0xE0600007u);
-    }));
-    pid_t pidLogger = logger.Pid();
-    ASSERT_EQ(logger.Wait(10000), 0);
+    // Without --create a named queue that does not exist is not made.
+    BlkTestRunTag missing = NyTestRun(ViewerArgs(queue, {}));
+    EXPECT_EQ(1, missing.iExit);
+    EXPECT_EQ(std::string("ukey-logview: there is no log queue ") + queue.QueueName() +
+                  " (--create makes one)\n",
+              missing.strOutput);
+    BlkTestRunTag bad = NyTestRun(ViewerArgs(queue, {"--level", "loud"}));
+    EXPECT_EQ(2, bad.iExit);
+    EXPECT_EQ(
+        "ukey-logview: option --level needs trace, info, error or a number\nTry "
+        "'ukey-logview --help'.\n",
+        bad.strOutput);
+    EXPECT_EQ(nullptr, queue.View());
+    ASSERT_EQ(0, NyTestRun(ViewerArgs(queue, {"--create"})).iExit);
+    CLockfreeArrayQueue* pQueue = queue.View();
+    ASSERT_NE(nullptr, pQueue);
+    Push(pQueue, LOG_TRACE, 1, "enter");
+    Push(pQueue, LOG_ERROR, 1, "failed\nagain");
+    Push(pQueue, LOG_INFO, 0, "no clock");
 
-    CViewerOutput output;
-    ASSERT_EQ(RunViewer(queue, {"--json"}, output), 0);
-    std::vector<std::string> vLines = output.Lines();
-    ASSERT_EQ(vLines.size(), 2u);
-    std::string strPid = "\"pid\":" + std::to_string(pidLogger) + ",";
-    EXPECT_NE(vLines[0].find(strPid), std::string::npos) << vLines[0];
-    EXPECT_NE(vLines[0].find("\"level\":2,\"levelName\":\"INFO\""), std::string::npos);
-    EXPECT_NE(vLines[0].find("\"source\":\"source/GUIverify.cpp\",\"line\":321,"
-                             "\"message\":\"hello \\\"viewer\\\"\\n\"}"),
-              std::string::npos)
-        << vLines[0];
-    EXPECT_NE(vLines[1].find(strPid), std::string::npos) << vLines[1];
-    EXPECT_NE(vLines[1].find("\"levelName\":\"ERROR\""), std::string::npos);
-    EXPECT_NE(vLines[1].find("\"message\":\"u4Result = E0600007\""), std::string::npos);
+    BlkTestRunTag first = NyTestRun(ViewerArgs(queue, {"--peek"}));
+    BlkTestRunTag second = NyTestRun(ViewerArgs(queue, {"--peek"}));
+    ASSERT_EQ(0, first.iExit);
+    EXPECT_EQ(first.strOutput, second.strOutput);
+    std::vector<std::string> vLines = NyTestLines(first.strOutput);
+    ASSERT_EQ(3u, vLines.size()) << first.strOutput;
+    EXPECT_TRUE(
+        NyTestContains(vLines[1], " ERROR [4321:4322] source/GUIBase.cpp:77 failed\\nagain"));
+    EXPECT_EQ("- INFO [4321:4322] source/GUIBase.cpp:77 no clock", vLines[2]);
+    EXPECT_EQ(0u, pQueue->GetConsumerListeningCount());
 
-    // The records were consumed and the viewer no longer counts as a listener.
-    ASSERT_NE(queue.View(), nullptr);
-    EXPECT_EQ(queue.View()->Count(), 0u);
-    EXPECT_EQ(queue.View()->GetConsumerListeningCount(), 0u);
-}
-
-TEST(NyLogViewEndToEnd, TextBacklogHonoursLevelAndProcessFilters) {
-    CNyTestLogQueue queue(16);
-    auto log = [] {
-        NyLogEx(LOG_TRACE, "source/GUIBase.cpp", 1, "enter");
-        NyLogEx(LOG_ERROR, "source/GUIBase.cpp", 2, "failed");
-    };
-    CNyTestChild shown(StartLoggingProcess(queue, log));
-    pid_t pidShown = shown.Pid();
-    ASSERT_EQ(shown.Wait(10000), 0);
-    ASSERT_EQ(CNyTestChild(StartLoggingProcess(queue, log)).Wait(10000), 0);
-
-    CViewerOutput output;
-    ASSERT_EQ(RunViewer(queue, {"--level", "error", "--pid", std::to_string(pidShown)}, output), 0);
-    std::vector<std::string> vLines = output.Lines();
-    ASSERT_EQ(vLines.size(), 1u);
-    // "<yyyy-mm-dd hh:mm:ss.mmm> ERROR [<pid>:<tid>] source/GUIBase.cpp:2 failed"
-    const std::string strShape = "0000-00-00 00:00:00.000";
-    ASSERT_GT(vLines[0].size(), strShape.size());
-    for (size_t i = 0; i < strShape.size(); ++i) {
-        EXPECT_TRUE(strShape[i] == '0' ? isdigit(static_cast<unsigned char>(vLines[0][i])) != 0
-                                       : vLines[0][i] == strShape[i])
-            << vLines[0];
-    }
-    std::string strRest = vLines[0].substr(strShape.size());
-    std::string strHead = " ERROR [" + std::to_string(pidShown) + ":";
-    std::string strTail = "] source/GUIBase.cpp:2 failed";
-    EXPECT_EQ(strRest.compare(0, strHead.size(), strHead), 0) << vLines[0];
-    ASSERT_GT(strRest.size(), strHead.size() + strTail.size());
-    EXPECT_EQ(strRest.substr(strRest.size() - strTail.size()), strTail) << vLines[0];
-    EXPECT_EQ(queue.View()->Count(), 0u);
+    BlkTestRunTag filtered = NyTestRun(ViewerArgs(queue, {"-l", "error"}));
+    EXPECT_EQ(vLines[1] + "\n", filtered.strOutput);
+    EXPECT_EQ(3u, pQueue->Count());
+    BlkTestRunTag taken = NyTestRun(ViewerArgs(queue, {"-l", "info", "--take"}));
+    EXPECT_EQ(vLines[1] + "\n" + vLines[2] + "\n", taken.strOutput);
+    EXPECT_EQ(0u, pQueue->Count());
+    EXPECT_EQ("", NyTestRun(ViewerArgs(queue, {"--peek"})).strOutput);
 }
 
 TEST(NyLogViewEndToEnd, FollowingViewerKeepsUpWithAFastProducerAndDetachesOnCtrlC) {
     constexpr int iRecords = 300;
     CNyTestLogQueue queue(16);
-    CViewerOutput output;
-    CNyTestChild viewer(NyTestSpawn(ViewerArgs(queue, {"-f", "-j"}), output.Path()));
-    ASSERT_TRUE(viewer.Started());
+    CNyTestRun viewer(ViewerArgs(queue, {"-f", "-j", "--create"}));
+    ASSERT_GT(viewer.Pid(), 0);
     ASSERT_TRUE(NyTestWaitUntil(
         [&queue] {
             return queue.View() != nullptr && queue.View()->GetConsumerListeningCount() == 1;
         },
         10000));
-
     // Far more records than the ring holds: producers wait for the draining viewer.
     CNyTestChild logger(StartLoggingProcess(queue, [] {
         for (int i = 0; i < iRecords; ++i) {
             NyLogEx(LOG_TRACE, "source/GUIService.cpp", 5, "record %d", i);
         }
+        NyLogEx(LOG_ERROR, "source/MainServer.cpp", 9, "u4Result = %08X \"%s\"\n", 0xE0600007u,
+                "x");
     }));
-    EXPECT_EQ(logger.Wait(20000), 0);
-    bool bAll = NyTestWaitUntil([&output] { return output.Lines().size() >= iRecords; }, 20000);
+    std::string strIds = ",\"pid\":" + std::to_string(logger.Pid()) + ",\"tid\":";
+    EXPECT_EQ(0, logger.Wait(20000));
+    bool bAll = NyTestWaitUntil(
+        [&viewer] { return NyTestLines(viewer.Output()).size() > iRecords; }, 20000);
     kill(viewer.Pid(), SIGINT);
-    EXPECT_EQ(viewer.Wait(5000), 0);
-    EXPECT_EQ(queue.View()->GetConsumerListeningCount(), 0u);
-
+    EXPECT_EQ(0, viewer.Wait(5000));
+    EXPECT_EQ(0u, queue.View()->GetConsumerListeningCount());
     ASSERT_TRUE(bAll);
-    std::vector<std::string> vLines = output.Lines();
-    ASSERT_EQ(vLines.size(), static_cast<size_t>(iRecords));
+    std::vector<std::string> vLines = NyTestLines(viewer.Output());
+    ASSERT_EQ(static_cast<size_t>(iRecords + 1), vLines.size());
     for (int i = 0; i < iRecords; ++i) {
-        std::string strMessage = "\"message\":\"record " + std::to_string(i) + "\"}";
-        EXPECT_NE(vLines[i].find(strMessage), std::string::npos) << vLines[i];
+        EXPECT_TRUE(NyTestContains(vLines[i], "\"message\":\"record " + std::to_string(i) + "\"}"));
     }
-}
-
-TEST(NyLogViewEndToEnd, HelpExplainsEveryOptionAndBadOptionsFail) {
-    CViewerOutput help;
-    ASSERT_EQ(CNyTestChild(NyTestSpawn({NyTestBinPath("ukey-logview"), "--help"}, help.Path()))
-                  .Wait(10000),
-              0);
-    std::stringstream ss;
-    for (const std::string& str : help.Lines()) {
-        ss << str << "\n";
-    }
-    for (const char* szOption :
-         {"--follow", "--level", "--pid", "--json", "--queue", "--capacity", "--help"}) {
-        EXPECT_NE(ss.str().find(szOption), std::string::npos) << szOption;
-    }
-
-    CViewerOutput bad;
+    EXPECT_TRUE(NyTestContains(vLines[0], "\"level\":1,\"levelName\":\"TRACE\"" + strIds));
+    EXPECT_TRUE(NyTestContains(vLines[iRecords], "\"level\":3,\"levelName\":\"ERROR\"" + strIds));
     EXPECT_EQ(
-        CNyTestChild(NyTestSpawn({NyTestBinPath("ukey-logview"), "--level", "loud"}, bad.Path()))
-            .Wait(10000),
-        2);
-    ASSERT_FALSE(bad.Lines().empty());
-    EXPECT_NE(bad.Lines()[0].find("--level"), std::string::npos);
+        "\"source\":\"source/MainServer.cpp\",\"line\":9,\"message\":\"u4Result = E0600007 "
+        "\\\"x\\\"\\n\"}",
+        vLines[iRecords].substr(vLines[iRecords].find("\"source\"")));
 }
+
+}  // namespace

@@ -1,0 +1,309 @@
+// What a token library that follows the channel's client side step by step pays against a
+// running ukey-uiserver (separate process): a main-session round trip, a status poll on an
+// interaction session, the first connect to a session just started, and 100 client processes
+// that connect and start a session at the same moment.
+//   bench_strict_channel [--server=PATH] [benchmark flags]
+// --server measures another build of the server (default: the one beside this program).
+#include <benchmark/benchmark.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "CNyStrictClient.h"
+#include "NyUiServerProcess.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyShareMem.h"
+#include "os/NyCommonLib.h"
+#include "session/NyMainSessionRecord.h"
+#include "uiblock/NyUiParam.h"
+
+namespace {
+
+constexpr uint32_t STORM_CLIENTS = 100;
+constexpr uint32_t CONNECT_MS = 500;
+std::string g_strServer;
+std::string g_strSelf;
+
+using Clock = std::chrono::steady_clock;
+
+double MicrosSince(Clock::time_point tStart) {
+    return std::chrono::duration<double, std::micro>(Clock::now() - tStart).count();
+}
+
+void Percentiles(benchmark::State& state, std::vector<double> v) {
+    if (v.empty()) {
+        return;
+    }
+    std::sort(v.begin(), v.end());
+    state.counters["p50_us"] = v[v.size() / 2];
+    state.counters["p99_us"] = v[v.size() * 99 / 100];
+    state.counters["max_us"] = v.back();
+}
+
+// A server under a fresh name, ready once its main channel answers a connect.
+struct ServerUnderTest {
+    std::string strMain = NyUiFreshMainName();
+    pid_t pid = -1;
+    CNyStrictClient main;
+    bool Start() {
+        uint32_t u4Error = 0;
+        pid = NyUiServerSpawn(g_strServer.c_str(), strMain.c_str(), false, &u4Error);
+        for (int i = 0; pid > 0 && i < 500; ++i) {
+            if (main.Open(strMain) == NY_OK && main.Connect(CONNECT_MS) == NY_OK) {
+                return true;
+            }
+            usleep(10000);
+        }
+        return false;
+    }
+    ~ServerUnderTest() {
+        main.Close();
+        if (pid > 0) {
+            NyUiServerStop(pid, 5000);
+        }
+    }
+};
+
+uint32_t StartSession(CNyStrictClient* pMain, uint32_t u4Id, std::string* pstrName) {
+    BlkMainSessionRequestTag blkReq = {};
+    blkReq.u4ReqType = MAIN_REQ_START_SESSION;
+    blkReq.uInteractionID = u4Id;
+    blkReq.uClientPid = static_cast<uint32_t>(getpid());
+    BlkMainSessionResponseTag blkResp = {};
+    uint32_t u4Result = pMain->Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp));
+    if (u4Result == NY_OK && blkResp.u4Status != MAIN_STATUS_DONE) {
+        u4Result = NY_ERR_UNEXPECTED;
+    }
+    pstrName->assign(blkResp.szSessionName, strnlen(blkResp.szSessionName, 256));
+    return u4Result;
+}
+
+void BM_MainRoundTrip(benchmark::State& state) {
+    ServerUnderTest server;
+    if (!server.Start()) {
+        state.SkipWithError("the server did not start");
+        return;
+    }
+    std::vector<double> vMicros;
+    BlkMainSessionRequestTag blkReq = {};  // type 0: answered with status 0
+    BlkMainSessionResponseTag blkResp = {};
+    for (auto _ : state) {
+        auto tStart = Clock::now();
+        if (server.main.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+            state.SkipWithError("request failed");
+            return;
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_MainRoundTrip)->Iterations(1000)->Unit(benchmark::kMicrosecond);
+
+void BM_SessionStatusPoll(benchmark::State& state) {
+    ServerUnderTest server;
+    std::string strSession;
+    CNyStrictClient session;
+    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
+        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+        state.SkipWithError("no session");
+        return;
+    }
+    std::vector<double> vMicros;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_GET_STATUS;
+    tagBlkUiParam blkResp = {};
+    for (auto _ : state) {
+        auto tStart = Clock::now();
+        if (session.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+            state.SkipWithError("poll failed");
+            return;
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond);
+
+// How long an answer stays readable in the session's region after its client has read it and
+// released the channel (the server wipes it then).
+void BM_AnswerReadableAfterRequest(benchmark::State& state) {
+    ServerUnderTest server;
+    std::string strSession;
+    CNyStrictClient session;
+    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
+        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+        state.SkipWithError("no session");
+        return;
+    }
+    std::vector<double> vMicros;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_GET_STATUS;
+    std::fill(blkReq.au1Payload, blkReq.au1Payload + sizeof(blkReq.au1Payload), 0x5A);
+    tagBlkUiParam blkResp = {};
+    for (auto _ : state) {
+        if (session.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+            state.SkipWithError("poll failed");
+            return;
+        }
+        auto tStart = Clock::now();
+        uint8_t u1Byte = 0x5A;
+        while (u1Byte != 0 && MicrosSince(tStart) < 1e6) {
+            NyShareMemRead(session.Region(), COMM_DATA_OFFSET + NY_UI_PAYLOAD_OFFSET, &u1Byte, 1);
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_AnswerReadableAfterRequest)->Iterations(200)->Unit(benchmark::kMicrosecond);
+
+// From the start answer to a connected session channel.
+void BM_FirstConnectToNewSession(benchmark::State& state) {
+    ServerUnderTest server;
+    if (!server.Start()) {
+        state.SkipWithError("the server did not start");
+        return;
+    }
+    std::vector<double> vMicros;
+    uint32_t u4Id = 1;
+    for (auto _ : state) {
+        std::string strSession;
+        if (StartSession(&server.main, u4Id++, &strSession) != NY_OK) {
+            state.SkipWithError("start failed");
+            return;
+        }
+        auto tStart = Clock::now();
+        CNyStrictClient session;
+        if (session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+            state.SkipWithError("connect failed");
+            return;
+        }
+        vMicros.push_back(MicrosSince(tStart));
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_FirstConnectToNewSession)->Iterations(100)->Unit(benchmark::kMicrosecond);
+
+// One storm client (a process of its own): waits for the start pipe to close, then connects to
+// the main channel, starts a session and connects to it; writes its time in µs, or -1.
+int StormChild(const std::string& strMain, int iGoFd, int iResultFd) {
+    NyCommonLibInit();
+    CNyStrictClient main;
+    bool bOpen = main.Open(strMain) == NY_OK;
+    char c = 0;
+    while (read(iGoFd, &c, 1) > 0) {
+    }
+    auto tStart = Clock::now();
+    std::string strSession;
+    CNyStrictClient session;
+    // A failure is reported as minus the number of the step that failed.
+    int iStep = !bOpen                                                                       ? 1
+                : main.Connect(CONNECT_MS) != NY_OK                                          ? 2
+                : StartSession(&main, static_cast<uint32_t>(getpid()), &strSession) != NY_OK ? 3
+                : session.Open(strSession) != NY_OK                                          ? 4
+                : session.Connect(CONNECT_MS) != NY_OK                                       ? 5
+                                                                                             : 0;
+    double dMicros = iStep == 0 ? MicrosSince(tStart) : -static_cast<double>(iStep);
+    ssize_t nWritten = write(iResultFd, &dMicros, sizeof(dMicros));
+    session.Close();
+    main.Close();
+    NyCommonLibRelease();
+    return nWritten == sizeof(dMicros) ? 0 : 1;
+}
+
+void BM_ConnectStorm100(benchmark::State& state) {
+    ServerUnderTest server;
+    if (!server.Start()) {
+        state.SkipWithError("the server did not start");
+        return;
+    }
+    std::vector<double> vSlowest;
+    uint32_t u4Failed = 0;
+    uint32_t au4FailedAt[6] = {};
+    for (auto _ : state) {
+        int aiGo[2];
+        int aiResult[2];
+        if (pipe(aiGo) != 0 || pipe(aiResult) != 0) {
+            state.SkipWithError("pipe");
+            return;
+        }
+        std::vector<pid_t> vChildren;
+        for (uint32_t i = 0; i < STORM_CLIENTS; ++i) {
+            pid_t pid = fork();
+            if (pid == 0) {
+                close(aiGo[1]);
+                close(aiResult[0]);
+                std::string strGo = std::to_string(aiGo[0]);
+                std::string strRes = std::to_string(aiResult[1]);
+                execl(g_strSelf.c_str(), g_strSelf.c_str(), "--storm-child", server.strMain.c_str(),
+                      strGo.c_str(), strRes.c_str(), static_cast<char*>(nullptr));
+                _exit(127);
+            }
+            vChildren.push_back(pid);
+        }
+        close(aiGo[0]);
+        close(aiResult[1]);
+        usleep(500000);  // every child has opened the channel and waits at the pipe
+        close(aiGo[1]);
+        double dSlowest = 0.0;
+        double dMicros = 0.0;
+        uint32_t u4Answers = 0;
+        while (read(aiResult[0], &dMicros, sizeof(dMicros)) == sizeof(dMicros)) {
+            ++u4Answers;
+            if (dMicros < 0) {
+                ++u4Failed;
+                ++au4FailedAt[static_cast<int>(-dMicros) % 6];
+            } else {
+                dSlowest = std::max(dSlowest, dMicros);
+            }
+        }
+        u4Failed += STORM_CLIENTS - u4Answers;
+        close(aiResult[0]);
+        for (pid_t pid : vChildren) {
+            waitpid(pid, nullptr, 0);
+        }
+        vSlowest.push_back(dSlowest);
+    }
+    std::sort(vSlowest.begin(), vSlowest.end());
+    state.counters["slowest_p50_us"] = vSlowest[vSlowest.size() / 2];
+    state.counters["slowest_max_us"] = vSlowest.back();
+    state.counters["failed_clients"] = u4Failed;
+    for (int i = 1; i < 6; ++i) {
+        if (au4FailedAt[i] != 0) {
+            state.counters["failed_at_step_" + std::to_string(i)] = au4FailedAt[i];
+        }
+    }
+}
+BENCHMARK(BM_ConnectStorm100)->Iterations(10)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    char szSelf[4096] = {};
+    ssize_t nSelf = readlink("/proc/self/exe", szSelf, sizeof(szSelf) - 1);
+    g_strSelf.assign(szSelf, nSelf > 0 ? static_cast<size_t>(nSelf) : 0);
+    if (argc == 5 && strcmp(argv[1], "--storm-child") == 0) {
+        return StormChild(argv[2], atoi(argv[3]), atoi(argv[4]));
+    }
+    g_strServer = NyUiServerPathBesideSelf();
+    std::vector<char*> vArgs;
+    for (int i = 0; i < argc; ++i) {
+        if (strncmp(argv[i], "--server=", 9) == 0) {
+            g_strServer = argv[i] + 9;
+        } else {
+            vArgs.push_back(argv[i]);
+        }
+    }
+    int iArgs = static_cast<int>(vArgs.size());
+    NyCommonLibInit();
+    benchmark::Initialize(&iArgs, vArgs.data());
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    NyCommonLibRelease();
+    return 0;
+}

@@ -1,0 +1,155 @@
+// The server's parts called in-process: GUIService request handling, the main-session record
+// and name, and the liveness rule of a session's client process (over stand-ins for /proc).
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "ClientLiveness.h"
+#include "GUIService.h"
+#include "MainServer.h"
+#include "session/NyMainSessionRecord.h"
+#include "support/NyTestLogCapture.h"
+#include "support/NyTestNames.h"
+#include "support/NyTestProcess.h"
+#include "uiblock/NyUiParam.h"
+
+namespace {
+
+const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+class ServiceRequestTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { GUIService::SetDialogsAvailable(false); }
+
+    ServiceRequestTest() : m_service(BlkUiServiceParamTag{}) {}
+
+    uint32_t Process(const tagBlkUiParam& blkReq, uint32_t u4ReqSize, tagBlkUiParam* pAnswer) {
+        tagBlkUiParam blkCopy = blkReq;
+        memset(pAnswer, 0xEE, sizeof(*pAnswer));
+        uint32_t u4Size = NY_UI_PARAM_SIZE;
+        uint32_t u4Result = m_service.ProcessRequestSvc(NyUiParamBytes(&blkCopy, 0), u4ReqSize,
+                                                        NyUiParamBytes(pAnswer, 0), &u4Size);
+        EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
+        return u4Result;
+    }
+
+    GUIService m_service;
+};
+
+TEST_F(ServiceRequestTest, FailedDialogCommandsAreAnsweredInClearWithTheirResult) {
+    struct {
+        uint32_t u4CmdType;
+        uint32_t u4Mode;
+        uint32_t u4ExpectedRes;
+    } aCases[] = {
+        {UI_CMD_MESSAGE, 0, UI_RESULT_NOT_PROCESSED},
+        {UI_CMD_CHANGE_LABEL, UI_MODE_ASYNC, UI_RESULT_START_FAILED},
+        {UI_CMD_NO_DIALOG_2, 0, UI_RESULT_NOT_PROCESSED},
+        {UI_CMD_NO_DIALOG_1, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED},
+    };
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(c.u4CmdType);
+        tagBlkUiParam blkReq = {};
+        blkReq.enUiCmdType = c.u4CmdType;
+        blkReq.u4Mode = c.u4Mode;
+        NyUiParamSetU4(&blkReq, 400, 0xABCD1234);
+        memcpy(blkReq.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
+        ASSERT_EQ(NY_OK, UiParamEnc(&blkReq));
+
+        tagBlkUiParam blkAnswer;
+        EXPECT_NE(NY_OK, Process(blkReq, sizeof(blkReq), &blkAnswer));
+        EXPECT_EQ(c.u4ExpectedRes, blkAnswer.enRes);
+        EXPECT_EQ(UI_PARAM_CLEAR, blkAnswer.u4Protected);
+        EXPECT_EQ(0xABCD1234u, NyUiParamGetU4(&blkAnswer, 400));
+    }
+}
+
+TEST_F(ServiceRequestTest, DialogThatCannotRunLeavesItsTrailInTheLog) {
+    CNyTestLogCapture capture;
+    tagBlkUiParam blkReq = {};
+    blkReq.enUiCmdType = UI_CMD_CONFIRM;
+    NyUiParamSetU4(&blkReq, UI_OFS_CONFIRM_CTT, 15);
+    tagBlkUiParam blkAnswer;
+    uint32_t u4Result = Process(blkReq, sizeof(blkReq), &blkAnswer);
+    ASSERT_NE(NY_OK, u4Result);
+
+    std::vector<std::string> vExpected = {
+        "CUiService::RunUi() enter", "enUiCmdType:00010004,enCTT:0000000f",
+        "CUiService::RunUi() leave", "pblkResp->enRes = UI_RESULT_NOT_PROCESSED"};
+    EXPECT_EQ(vExpected, capture.MessagesAt(LOG_TRACE));
+    char szResult[32];
+    snprintf(szResult, sizeof(szResult), "u4Result = %08X", u4Result);
+    EXPECT_EQ(std::vector<std::string>{szResult}, capture.MessagesAt(LOG_INFO));
+}
+
+TEST_F(ServiceRequestTest, ShortAnswerBufferOrNoChannelIsRefused) {
+    tagBlkUiParam blkReq = {};
+    std::vector<uint8_t> vSmall(NY_UI_PARAM_SIZE - 1);
+    uint32_t u4Size = static_cast<uint32_t>(vSmall.size());
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL,
+              m_service.ProcessRequestSvc(NyUiParamBytes(&blkReq, 0), sizeof(blkReq), vSmall.data(),
+                                          &u4Size));
+    EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, m_service.run());
+    // Without a dialog, status and update leave their block alone and succeed.
+    EXPECT_EQ(NY_OK, m_service.GetStatus(NyUiParamBytes(&blkReq, 0), &u4Size));
+    EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
+}
+
+TEST(MainRequestTest, ShortAnswerBufferAndNamesThatDoNotFitAreRefused) {
+    BlkMainSessionRequestTag blkReq = {};
+    uint8_t au1Resp[MAIN_SESSION_RECORD_SIZE - 1];
+    uint32_t u4Size = sizeof(au1Resp);
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq),
+                                                         sizeof(blkReq), au1Resp, &u4Size));
+    EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
+    std::string strLong(300, 'n');
+    char szName[MAIN_SESSION_NAME_BUFFER];
+    CopyMainSessionName(strLong.c_str(), szName);
+    EXPECT_EQ(std::string(127, 'n'), szName);
+    CopyMainSessionName(nullptr, szName);
+    EXPECT_STREQ("", szName);
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, CreateMainSession(szName));
+    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, CreateMainSession(nullptr));
+}
+
+TEST(ClientLivenessTest, GoneProcessLivesOnlyThroughIdsThatContainItsId) {
+    pid_t pidDead = NyTestForkChild([]() { return 0; });
+    NyTestWaitChild(pidDead, 5000);
+    uint32_t u4Self = static_cast<uint32_t>(getpid());
+    uint32_t u4Dead = static_cast<uint32_t>(pidDead);
+    std::string strDead = std::to_string(u4Dead);
+    struct {
+        const char* szName;
+        std::vector<std::string> vEntries;  // none: the directory cannot be read
+        uint32_t u4Pid;
+        bool bAlive;
+    } aCases[] = {
+        {"a live process, whatever the directory says", {"1"}, u4Self, true},
+        {"no process contains the id", {"1", "self", "net"}, u4Dead, false},
+        {"a longer id contains it", {"1", "9" + strDead + "1"}, u4Dead, true},
+        {"a non-numeric entry containing it does not count", {"x" + strDead}, u4Dead, false},
+        {"a prefix of the id does not count",
+         {strDead.substr(0, strDead.size() - 1)},
+         u4Dead,
+         false},
+        {"a check that cannot run counts as alive", {}, u4Dead, true},
+    };
+    EXPECT_TRUE(IsClientProcessAlive(u4Self));
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(c.szName);
+        std::filesystem::path dir = "/tmp/" + NyTestUniqueName("nyproc");
+        for (const std::string& strEntry : c.vEntries) {
+            std::filesystem::create_directories(dir / strEntry);
+        }
+        EXPECT_EQ(c.bAlive, IsClientProcessAliveIn(dir.c_str(), c.u4Pid));
+        std::filesystem::remove_all(dir);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,506 @@
+// A running server (started without a display) seen by its clients: main-session records and
+// session blocks, and sessions against dying clients, a dying server and many clients at once.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/sem.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <thread>
+
+#include "CNyUiClient.h"
+#include "NyTestServer.h"
+#include "comm/BlkShmCommHeader.h"
+#include "ipc/NyEvent.h"
+#include "ipc/NyIpcName.h"
+#include "ipc/NyMutex.h"
+#include "ipc/NyShareMem.h"
+#include "os/NyOs.h"
+#include "session/NySessionChannel.h"
+#include "support/NyTestChannelObjects.h"
+#include "support/NyTestNames.h"
+#include "support/NyTestProcess.h"
+
+namespace {
+
+size_t ThreadCount(pid_t pid) {
+    std::filesystem::directory_iterator it("/proc/" + std::to_string(pid) + "/task");
+    return static_cast<size_t>(std::distance(it, std::filesystem::directory_iterator()));
+}
+
+// Child body: opens u4Count sessions, hands their names to the parent through the pipe, then
+// waits.
+int OpenSessionsAndWait(const std::string& strMainName, int fdWrite, uint32_t u4Count) {
+    std::vector<std::unique_ptr<CNyUiClient>> vClients;
+    for (uint32_t i = 0; i < u4Count; ++i) {
+        vClients.push_back(std::make_unique<CNyUiClient>());
+        char szName[MAIN_SESSION_NAME_SIZE] = {};
+        if (vClients.back()->JoinServer(strMainName.c_str()) != NY_OK ||
+            vClients.back()->OpenSession(77 + i) != NY_OK) {
+            return 1;
+        }
+        strncpy(szName, vClients.back()->SessionName().c_str(), sizeof(szName) - 1);
+        if (write(fdWrite, szName, sizeof(szName)) != static_cast<ssize_t>(sizeof(szName))) {
+            return 2;
+        }
+    }
+    pause();
+    return 0;
+}
+
+// Child body: connects with a token library's 500 ms, starts a session for u4Id and checks that
+// the answer is its own, then exchanges u4Rounds blocks stamped with its id, each checked.
+int OwnSessionRounds(const std::string& strMainName, uint32_t u4Id, uint32_t u4Rounds) {
+    CNyUiClient client;
+    BlkMainSessionResponseTag blkResp = {};
+    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK ||
+        client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK ||
+        blkResp.uInteractionID != u4Id || blkResp.u4Status != MAIN_STATUS_DONE) {
+        return 1;
+    }
+    if (u4Rounds > 0 && client.OpenSession(u4Id) != NY_OK) {
+        return 2;
+    }
+    for (uint32_t u4Round = 0; u4Round < u4Rounds; ++u4Round) {
+        tagBlkUiParam blkReq = {};
+        blkReq.enUiCmdType = 0x30000 + u4Id;
+        for (uint32_t u4Off = NY_UI_PAYLOAD_OFFSET; u4Off + 4 <= NY_UI_PARAM_SIZE; u4Off += 4) {
+            NyUiParamSetU4(&blkReq, u4Off, u4Id << 24 | u4Round << 12 | u4Off);
+        }
+        tagBlkUiParam blkAnswer;
+        if (client.Exchange(&blkReq, &blkAnswer) != NY_OK ||
+            memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
+                   NY_UI_PARAM_SIZE - 4) != 0) {
+            return 3;
+        }
+    }
+    return 0;
+}
+
+// Child body: a client that takes the channel, says so, and when told writes a start request,
+// wakes the server and dies at once, before the answer.
+int SendStartAndDie(const std::string& strMain, int fdReady, int fdGo) {
+    NY_MUTEX_HANDLE hMutex = nullptr;
+    NY_SHM_HANDLE hShm = nullptr;
+    NY_EVENT_HANDLE hRequest = nullptr;
+    char c = 0;
+    if (NyMutexCreate((strMain + "_Mutex_Communication").c_str(), &hMutex) != NY_OK ||
+        NyShareMemOpen(strMain.c_str(), 0, &hShm) != NY_OK ||
+        NyEventCreate((strMain + "_Event_Request").c_str(), &hRequest) != NY_OK ||
+        NyMutexWait(hMutex, NY_WAIT_INFINITE) != NY_OK || write(fdReady, "r", 1) != 1 ||
+        read(fdGo, &c, 1) != 1) {
+        return 1;
+    }
+    BlkShmCommHeaderTag blkHeader = {};
+    blkHeader.u4Command = COMM_COMMAND_REQUEST;
+    blkHeader.u4DataLen = MAIN_SESSION_RECORD_SIZE;
+    blkHeader.u4DataOffset = COMM_DATA_OFFSET;
+    BlkMainSessionRequestTag blkReq = {
+        MAIN_REQ_START_SESSION, 0, 0xDEAD, {}, static_cast<uint32_t>(getpid())};
+    NyShareMemWrite(hShm, 0, &blkHeader, sizeof(blkHeader));
+    NyShareMemWrite(hShm, COMM_DATA_OFFSET, &blkReq, sizeof(blkReq));
+    NyEventSet(hRequest);
+    NyMutexRelease(hMutex);  // what its death does, without the time the kernel takes for it
+    raise(SIGKILL);
+    return 2;
+}
+
+void RemoveFiles(const std::string& strMain) {
+    char szPath[NY_IPC_PATH_SIZE];
+    ASSERT_TRUE(FileName2Path(strMain.c_str(), NY_FILE_KIND_SHM, szPath, sizeof(szPath)));
+    EXPECT_EQ(0, unlink(szPath));
+    std::string strMutex = strMain + "_Mutex_Communication";
+    ASSERT_TRUE(FileName2Path(strMutex.c_str(), NY_FILE_KIND_MUTEX, szPath, sizeof(szPath)));
+    EXPECT_EQ(0, unlink(szPath));
+}
+
+void RemoveSemaphoreSets(const std::string& strMain) {
+    for (const char* szSuffix : {"_Event_Request", "_Event_Response", "_Event_Connected"}) {
+        std::string strEvent = strMain + szSuffix;
+        key_t key = static_cast<key_t>(UnixName2Key(NY_KEY_KIND_EVENT, strEvent.c_str()));
+        EXPECT_EQ(0, semctl(semget(key, 2, 0), 0, IPC_RMID)) << strEvent;
+    }
+}
+
+constexpr uint8_t SENTINEL = 0xA5;
+
+const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE,
+                                                0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
+
+// Upper-case hexadecimal digits in the 8-4-4-4-12 shape.
+bool IsGuidText(std::string str) {
+    for (char& c : str) {
+        c = c == '-' ? '-' : (isxdigit(c) && !islower(c) ? 'h' : '?');
+    }
+    return str == "hhhhhhhh-hhhh-hhhh-hhhh-hhhhhhhhhhhh";
+}
+
+// A request with a recognisable pattern in every byte behind the header.
+tagBlkUiParam PatternBlock(uint32_t u4CmdType, uint32_t u4Mode, uint8_t u1Salt) {
+    tagBlkUiParam blk;
+    for (uint32_t i = 0; i < NY_UI_PARAM_SIZE; ++i) {
+        NyUiParamBytes(&blk, 0)[i] = static_cast<uint8_t>(i * 7 + u1Salt);
+    }
+    blk.enRes = 0x77;
+    blk.enUiCmdType = u4CmdType;
+    blk.u4Mode = u4Mode;
+    blk.u4Protected = UI_PARAM_CLEAR;
+    return blk;
+}
+
+class ServedSessionTest : public ::testing::Test {
+protected:
+    // Every test ends with the server leaving in order: exit code 0, nothing reported.
+    void TearDown() override { EXPECT_TRUE(m_server.Stop()); }
+    void SetUp() override {
+        ASSERT_TRUE(m_server.Started());
+        ASSERT_EQ(NY_OK, m_client.JoinServer(m_server.MainName().c_str()));
+    }
+    // Raw bytes on a channel into a 4096-byte answer buffer prefilled with a sentinel, so that
+    // the answer's length shows.
+    std::vector<uint8_t> Commit(const std::string& strName, const void* pvReq, uint32_t u4Len) {
+        std::vector<uint8_t> vAnswer(COMM_DEFAULT_DATA_SIZE, SENTINEL);
+        BlkCommInitParamTag blkInit = {};
+        NY_COMM_HANDLE hChannel = nullptr;
+        NySessionFillInitParam(strName.c_str(), &blkInit);
+        EXPECT_EQ(NY_OK, NyCommConnect(&blkInit, 1000, &hChannel));
+        EXPECT_EQ(NY_OK, NyCommCommit(hChannel, pvReq, u4Len, vAnswer.data(),
+                                      static_cast<uint32_t>(vAnswer.size())));
+        return vAnswer;
+    }
+    BlkMainSessionResponseTag CommitMain(const void* pvReq, uint32_t u4Len) {
+        std::vector<uint8_t> vAnswer = Commit(m_server.MainName(), pvReq, u4Len);
+        for (size_t i = MAIN_SESSION_RECORD_SIZE; i < vAnswer.size(); ++i) {
+            EXPECT_EQ(SENTINEL, vAnswer[i]) << "answer longer than 1044 bytes at " << i;
+        }
+        BlkMainSessionResponseTag blkResp;
+        memcpy(&blkResp, vAnswer.data(), sizeof(blkResp));
+        return blkResp;
+    }
+
+    CNyTestServer m_server;
+    CNyUiClient m_client;
+};
+
+}  // namespace
+
+// A main channel pulled out from under a running server (its two files, or its three semaphore
+// sets) is re-created within a second, its open sessions stopped.
+TEST(SessionLifecycleTest, RemovedMainChannelIsRecreatedWithinASecondAndItsSessionsStopped) {
+    for (auto pfnRemove : {RemoveFiles, RemoveSemaphoreSets}) {
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        CNyUiClient client;
+        ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+        ASSERT_EQ(NY_OK, client.OpenSession(21));
+        pfnRemove(server.MainName());
+        // A fresh client process each try: this one keeps the lost channel's record.
+        EXPECT_TRUE(NyTestWaitUntil(
+            [&]() {
+                return NyTestWaitChild(NyTestForkChild([&]() {
+                                           return OwnSessionRounds(server.MainName(), 1, 1);
+                                       }),
+                                       5000) == 0;
+            },
+            1000))
+            << "the main channel did not come back";
+        EXPECT_TRUE(NyTestWaitUntil(
+            [&]() {
+                EnBool enConnected = NY_TRUE;
+                NyCommIsConnected(client.SessionHandle(), &enConnected);
+                return enConnected == NY_FALSE;
+            },
+            1000))
+            << "the open session was not stopped";
+        EXPECT_TRUE(server.Stop());
+    }
+}
+
+// A session's channel goes when its client dies under a live server; when the server was killed
+// first, the next server of this executable removes what was left within a second of its start.
+TEST(SessionLifecycleTest, SessionChannelsGoWhenTheClientDiesOrAtTheNextServersStart) {
+    for (uint32_t u4Sessions : {1u, 5u}) {
+        bool bKillServer = u4Sessions > 1;
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        int afd[2];
+        ASSERT_EQ(0, pipe(afd));
+        pid_t pidClient = NyTestForkChild([&server, &afd, u4Sessions]() {
+            return OpenSessionsAndWait(server.MainName(), afd[1], u4Sessions);
+        });
+        std::vector<std::string> vSessions;
+        for (uint32_t i = 0; i < u4Sessions; ++i) {
+            char szName[MAIN_SESSION_NAME_SIZE] = {};
+            ASSERT_EQ(static_cast<ssize_t>(sizeof(szName)), read(afd[0], szName, sizeof(szName)));
+            vSessions.push_back(szName);
+            ASSERT_TRUE(NyTestChannelObjectsExist(szName));
+        }
+        close(afd[0]);
+        close(afd[1]);
+        if (bKillServer) {
+            server.Kill();
+        }
+        NyTestKillChild(pidClient);
+        std::unique_ptr<CNyTestServer> pNext;
+        if (bKillServer) {
+            NyOsSleep(100);  // the killed sessions' leftovers are there to be found
+            ASSERT_TRUE(NyTestChannelObjectsExist(vSessions[0]));
+            pNext = std::make_unique<CNyTestServer>();
+            ASSERT_TRUE(pNext->Started());
+        }
+        for (const std::string& strSession : vSessions) {
+            EXPECT_TRUE(
+                NyTestWaitUntil([&]() { return !NyTestChannelObjectsExist(strSession); }, 1000))
+                << strSession << (bKillServer ? " outlived its server" : " outlived its client");
+        }
+        EXPECT_TRUE(pNext != nullptr ? pNext->Stop() : server.Stop());
+    }
+}
+
+TEST(SessionLifecycleTest, WaitingClientLearnsPromptlyThatTheServerWasKilled) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    std::string strSession;
+    {
+        CNyUiClient client;
+        ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+        ASSERT_EQ(NY_OK, client.OpenSession(3));
+        strSession = client.SessionName();
+        // Frozen, the server cannot answer: the request waits until the server is gone.
+        ASSERT_EQ(0, kill(server.Pid(), SIGSTOP));
+        int iStatus = 0;
+        ASSERT_EQ(server.Pid(), waitpid(server.Pid(), &iStatus, WUNTRACED));
+        std::atomic<uint32_t> u4Result{NY_OK};
+        std::atomic<uint64_t> u8Returned{0};
+        std::thread waiter([&]() {
+            tagBlkUiParam blkReq = {};
+            tagBlkUiParam blkAnswer;
+            u4Result = client.Exchange(&blkReq, &blkAnswer);
+            u8Returned = NyOsGetTickCount64();
+        });
+        NyOsSleep(300);
+        EXPECT_EQ(0u, u8Returned.load()) << "answered by a stopped server";
+        uint64_t u8Killed = NyOsGetTickCount64();
+        server.Kill();
+        waiter.join();
+        EXPECT_EQ(NY_ERR_COMM_NOT_CONNECTED, u4Result.load());
+        // The client notices within its 500 ms heartbeat wait; the rest is scheduling slack.
+        EXPECT_LT(u8Returned.load() - u8Killed, 1000u);
+    }
+    // The killed server could not remove its channels; their last user, the client, did.
+    EXPECT_FALSE(NyTestChannelObjectsExist(strSession));
+    EXPECT_FALSE(NyTestChannelObjectsExist(server.MainName()));
+}
+
+// A second server refuses a live channel (one line naming it); a killed server's is taken over.
+TEST(SessionLifecycleTest, SecondServerRefusesALiveChannelAndTakesOverADeadOne) {
+    std::string strMain;
+    {
+        CNyTestServer first;
+        ASSERT_TRUE(first.Started());
+        strMain = first.MainName();
+        std::string strOut = "/tmp/" + NyTestUniqueName("second-server") + ".txt";
+        pid_t pidSecond = NyTestSpawn({NyTestBinPath("ukey-uiserver"), strMain}, strOut);
+        EXPECT_EQ(3, NyTestWaitChild(pidSecond, 10000));
+        std::ifstream out(strOut);
+        std::string strLine;
+        std::getline(out, strLine);
+        unlink(strOut.c_str());
+        EXPECT_NE(std::string::npos, strLine.find("\"" + strMain + "\""));
+        first.Kill();
+    }
+    CNyTestServer second(strMain);
+    ASSERT_TRUE(second.Started());
+    CNyUiClient client;
+    ASSERT_EQ(NY_OK, client.JoinServer(strMain.c_str()));
+    BlkMainSessionResponseTag blkResp;
+    ASSERT_EQ(NY_OK, client.MainRequest(7, 1, getpid(), &blkResp));
+    EXPECT_EQ(static_cast<uint32_t>(second.Pid()), blkResp.uServerPid);
+}
+
+// A connect storm: every client connects, starts its session and is served.
+TEST(SessionLifecycleTest, HundredClientsAtOnceEachGetTheirOwnAnswers) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    std::vector<pid_t> vClients;
+    for (uint32_t i = 0; i < 100; ++i) {
+        vClients.push_back(
+            NyTestForkChild([&server, i]() { return OwnSessionRounds(server.MainName(), i, 5); }));
+    }
+    for (size_t i = 0; i < vClients.size(); ++i) {
+        EXPECT_EQ(0, NyTestWaitChild(vClients[i], 60000)) << "client " << i;
+    }
+    EXPECT_TRUE(server.Stop());
+}
+
+// A client killed while its start request is under way lets the next client in: that client
+// gets its own answer, and no session is left that nobody can end.
+TEST(SessionLifecycleTest, ClientKilledMidRequestLeavesNoAnswerToOthersAndNoOrphan) {
+    CNyTestServer server;
+    ASSERT_TRUE(server.Started());
+    size_t cIdleThreads = ThreadCount(server.Pid());
+    for (uint32_t u4Trial = 0; u4Trial < 20; ++u4Trial) {
+        int afd[4];
+        ASSERT_EQ(0, pipe(afd));
+        ASSERT_EQ(0, pipe(afd + 2));
+        pid_t pidKilled =
+            NyTestForkChild([&]() { return SendStartAndDie(server.MainName(), afd[1], afd[2]); });
+        char c = 0;
+        ASSERT_EQ(1, read(afd[0], &c, 1));
+        pid_t pidNext = NyTestForkChild(
+            [&]() { return OwnSessionRounds(server.MainName(), 2000 + u4Trial, 0); });
+        NyOsSleep(200);  // the next client waits for the channel
+        ASSERT_EQ(1, write(afd[3], "g", 1));
+        EXPECT_EQ(128 + SIGKILL, NyTestWaitChild(pidKilled, 10000));
+        EXPECT_EQ(0, NyTestWaitChild(pidNext, 10000)) << "trial " << u4Trial;
+        for (int fd : afd) {
+            close(fd);
+        }
+    }
+    EXPECT_TRUE(NyTestWaitUntil([&]() { return ThreadCount(server.Pid()) == cIdleThreads; }, 5000))
+        << ThreadCount(server.Pid()) << " threads, " << cIdleThreads << " when idle";
+    EXPECT_TRUE(server.Stop());
+}
+
+TEST(SessionLifecycleTest, StoppedServerLeavesNoChannelBehind) {
+    std::vector<std::string> vNames;
+    {
+        CNyTestServer server;
+        ASSERT_TRUE(server.Started());
+        vNames.push_back(server.MainName());
+        {
+            // Two sessions for one id: the table keeps the second, the first runs on.
+            CNyUiClient client;
+            ASSERT_EQ(NY_OK, client.JoinServer(server.MainName().c_str()));
+            for (int i = 0; i < 2; ++i) {
+                ASSERT_EQ(NY_OK, client.OpenSession(8));
+                vNames.push_back(client.SessionName());
+            }
+        }
+        // The client process lives on, so both sessions are still served.
+        EXPECT_TRUE(NyTestChannelObjectsExist(vNames[1]));
+        EXPECT_TRUE(NyTestChannelObjectsExist(vNames[2]));
+        EXPECT_TRUE(server.Stop());
+    }
+    for (const std::string& strName : vNames) {
+        EXPECT_FALSE(NyTestChannelObjectsExist(strName)) << strName;
+    }
+}
+
+TEST_F(ServedSessionTest, MainRequestsAreAnsweredIn1044BytesByType) {
+    for (uint32_t u4Type : {0u, 3u, 7u, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(u4Type);
+        BlkMainSessionRequestTag blkReq = {};
+        blkReq.u4ReqType = u4Type;
+        blkReq.uInteractionID = 0x12345678;
+        blkReq.uClientPid = 4242;
+        BlkMainSessionResponseTag blkResp = CommitMain(&blkReq, sizeof(blkReq));
+        EXPECT_EQ(u4Type, blkResp.u4ReqType);
+        EXPECT_EQ(MAIN_STATUS_UNKNOWN_REQUEST, blkResp.u4Status);
+        EXPECT_EQ(0x12345678u, blkResp.uInteractionID);
+        EXPECT_EQ(static_cast<uint32_t>(m_server.Pid()), blkResp.uServerPid);
+        EXPECT_EQ('\0', blkResp.szSessionName[0]);
+        EXPECT_EQ(0u, blkResp.u4Reserved) << "the client pid is not echoed at 1040";
+    }
+    // A short request reads zeros, not the earlier request's bytes.
+    uint32_t u4Type = 7;
+    BlkMainSessionResponseTag blkResp = CommitMain(&u4Type, sizeof(u4Type));
+    EXPECT_EQ(7u, blkResp.u4ReqType);
+    EXPECT_EQ(0u, blkResp.uInteractionID);
+    // A start for client pid 0 is refused: no process has that id, the session would never end.
+    ASSERT_EQ(NY_OK, m_client.MainRequest(MAIN_REQ_START_SESSION, 6, 0, &blkResp));
+    EXPECT_EQ(MAIN_STATUS_START_FAILED, blkResp.u4Status);
+    EXPECT_EQ('\0', blkResp.szSessionName[0]);
+    // A finish is answered done and leaves the session running.
+    ASSERT_EQ(NY_OK, m_client.OpenSession(5));
+    ASSERT_EQ(NY_OK, m_client.MainRequest(MAIN_REQ_FINISH_SESSION, 5, getpid(), &blkResp));
+    EXPECT_EQ(MAIN_REQ_FINISH_SESSION, blkResp.u4ReqType);
+    EXPECT_EQ(MAIN_STATUS_DONE, blkResp.u4Status);
+    EXPECT_EQ(5u, blkResp.uInteractionID);
+    tagBlkUiParam blkAnswer;
+    EXPECT_EQ(NY_OK, m_client.SendCommand(UI_CMD_TERMINATE, &blkAnswer));
+    EXPECT_EQ(UI_RESULT_OK, blkAnswer.enRes);
+}
+
+TEST_F(ServedSessionTest, StartGivesAFreshGuidChannelEvenForTheSameId) {
+    BlkMainSessionResponseTag ablkResp[2];
+    for (BlkMainSessionResponseTag& blkResp : ablkResp) {
+        ASSERT_EQ(NY_OK, m_client.MainRequest(MAIN_REQ_START_SESSION, 9, getpid(), &blkResp));
+        EXPECT_EQ(MAIN_REQ_START_SESSION, blkResp.u4ReqType);
+        EXPECT_EQ(MAIN_STATUS_DONE, blkResp.u4Status);
+        EXPECT_EQ(9u, blkResp.uInteractionID);
+        EXPECT_TRUE(IsGuidText(blkResp.szSessionName)) << blkResp.szSessionName;
+    }
+    EXPECT_STRNE(ablkResp[0].szSessionName, ablkResp[1].szSessionName);
+    // Both sessions answer, each on its own channel.
+    for (BlkMainSessionResponseTag& blkResp : ablkResp) {
+        tagBlkUiParam blkReq = {};
+        blkReq.enUiCmdType = UI_CMD_TERMINATE;
+        std::vector<uint8_t> vAnswer = Commit(blkResp.szSessionName, &blkReq, sizeof(blkReq));
+        EXPECT_EQ(UI_RESULT_OK, reinterpret_cast<tagBlkUiParam*>(vAnswer.data())->enRes);
+    }
+}
+
+// With no dialog held and no display every command ends in one of these answers; every other
+// byte of the answer is the request's own (a protection flag of 2 included: answered in clear).
+TEST_F(ServedSessionTest, EveryBlockIsAnsweredAsTheRequestsOwnCopy) {
+    struct {
+        uint32_t u4CmdType;
+        uint32_t u4Mode;
+        uint32_t u4ExpectedRes;
+        uint32_t u4Protected;
+    } aCases[] = {
+        {0x20000, 0, UI_RESULT_NOT_PROCESSED, 0},  // unknown command
+        {0, 0, UI_RESULT_NOT_PROCESSED, 0},
+        {0x20000, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, 0},
+        {UI_CMD_GET_STATUS, 0, 0x77, 0},  // no dialog: the request unchanged
+        {UI_CMD_TERMINATE, 0, UI_RESULT_OK, 0},
+        {UI_CMD_UPDATE, 0, UI_RESULT_OK, 0},
+        {UI_CMD_VERIFY_PIN, 0, UI_RESULT_NOT_PROCESSED, 0},  // the dialog cannot run
+        {UI_CMD_VERIFY_PIN, UI_MODE_ASYNC, UI_RESULT_START_FAILED, 0},
+        {UI_CMD_CONFIRM, UI_MODE_ASYNC, UI_RESULT_START_FAILED, 0},
+        {UI_CMD_NO_DIALOG_1, 0, UI_RESULT_NOT_PROCESSED, 0},  // nothing held to run again
+        {UI_CMD_NO_DIALOG_2, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, 0},
+        {0x20000, 0, UI_RESULT_NOT_PROCESSED, 2},  // protection flag 2
+    };
+    ASSERT_EQ(NY_OK, m_client.OpenSession(0x51));
+    uint8_t u1Salt = 0;
+    for (const auto& c : aCases) {
+        SCOPED_TRACE(u1Salt);
+        tagBlkUiParam blkReq = PatternBlock(c.u4CmdType, c.u4Mode, ++u1Salt);
+        blkReq.u4Protected = c.u4Protected;
+        tagBlkUiParam blkAnswer;
+        ASSERT_EQ(NY_OK, m_client.Exchange(&blkReq, &blkAnswer));
+        EXPECT_EQ(c.u4ExpectedRes, blkAnswer.enRes);
+        EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, 4), NyUiParamBytes(&blkAnswer, 4),
+                            NY_UI_PARAM_SIZE - 4));
+    }
+    // A short request reads zeros, not the earlier request's bytes.
+    uint32_t au4Short[2] = {0x77, 0x20001};
+    std::vector<uint8_t> vAnswer = Commit(m_client.SessionName(), au4Short, sizeof(au4Short));
+    tagBlkUiParam blkExpected = {};
+    blkExpected.enUiCmdType = 0x20001;
+    EXPECT_EQ(0, memcmp(&blkExpected, vAnswer.data(), sizeof(blkExpected)));
+    // A protected request is answered under the same seed.
+    tagBlkUiParam blkPlain = PatternBlock(0x20000, 0, 3);
+    tagBlkUiParam blkReq = blkPlain;
+    memcpy(blkReq.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
+    ASSERT_EQ(NY_OK, UiParamEnc(&blkReq));
+    tagBlkUiParam blkAnswer;
+    ASSERT_EQ(NY_OK, m_client.Exchange(&blkReq, &blkAnswer));
+    EXPECT_EQ(UI_PARAM_PROTECTED, blkAnswer.u4Protected);
+    EXPECT_EQ(0, memcmp(s_au1Seed, blkAnswer.au1KeySeed, sizeof(s_au1Seed)));
+    EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, NY_UI_PROTECTED_OFFSET),
+                        NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET), NY_UI_PROTECTED_SIZE))
+        << "an unchanged payload enciphers to the request's own cipher text";
+    ASSERT_EQ(NY_OK, UiParamDec(&blkAnswer));
+    blkExpected = blkPlain;
+    memcpy(blkExpected.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
+    blkExpected.enRes = UI_RESULT_NOT_PROCESSED;
+    EXPECT_EQ(0, memcmp(&blkExpected, &blkAnswer, sizeof(blkAnswer)));
+}

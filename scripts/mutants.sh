@@ -68,14 +68,14 @@ keccak-pad ~~ NyCommon/crypto/NyKeccak.cpp ~~ test_NyCommon_crypto ~~ XorByte(au
 hash-sha384 ~~ NyCommon/crypto/NyHash.cpp ~~ test_NyCommon_crypto ~~ {NY_HASH_SHA384, 48, 128, 64, "SHA384"}, ~~ {NY_HASH_SHA384, 48, 128, 64, "SHA512"},
 comm-event-suffix ~~ NyCommon/comm/CNyShmCommunication.cpp ~~ test_NyCommon_comm ~~ const char* const SZ_SUFFIX_RESPONSE = "_Event_Response"; ~~ const char* const SZ_SUFFIX_RESPONSE = "_Event_Respons";
 session-users ~~ NyCommon/comm/CCommShmSessionRecord.cpp ~~ test_NyCommon_comm ~~ ++it->second.u4Users;\n        Store(it, hSession, pInfo, nullptr); ~~ Store(it, hSession, pInfo, nullptr);
-heartbeat-set ~~ NyCommon/comm/CCommHeartBeat.cpp ~~ test_NyCommon_comm ~~ u4Result = NyEventSet(pThis->m_hConnected); ~~ u4Result = 0;
+heartbeat-set ~~ NyCommon/comm/CCommHeartBeat.cpp ~~ test_NyCommon_comm ~~ u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES); ~~ u4Result = 0;
 liveness-substring ~~ source/ClientLiveness.cpp ~~ test_source_service ~~ bFound = IsAllDigits(pEntry->d_name) && strstr(pEntry->d_name, szPid) != nullptr; ~~ bFound = IsAllDigits(pEntry->d_name) && strcmp(pEntry->d_name, szPid) == 0;
 main-server-pid ~~ source/MainServer.cpp ~~ test_source_service ~~ blkResp.uServerPid = NyOsGetCurrentPid(); ~~ blkResp.uServerPid = 0;
 main-level ~~ source/MainServer.cpp ~~ test_source_service ~~ return u4Result != NY_OK ? LOG_ERROR : LOG_TRACE; ~~ return u4Result != NY_OK ? LOG_INFO : LOG_TRACE;
 svc-wipe-answer ~~ source/GUIService.cpp ~~ test_source_service ~~ // Never let a clear answer (it may hold PINs) out of a protected exchange.\n                NyMemSafeClear(pResp, sizeof(*pResp)); ~~ // Never let a clear answer (it may hold PINs) out of a protected exchange.
 svc-protect-answer ~~ source/GUIService.cpp ~~ test_source_service ~~ if (u4Result == NY_OK && bProtected) { ~~ if (u4Result == NY_OK && !bProtected) {
 session-guid ~~ source/SessionManager.cpp ~~ test_source_service ~~ size_t cchCopy = strnlen(szSrc, cchDest - 1); ~~ size_t cchCopy = strnlen(szSrc, cchDest - 2);
-ui-filter-skip ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr)) { ~~ if (false) {
+ui-filter-skip ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr)) { ~~ if (!IsAdmitted(szText, InsertionLength(szText, iLen), nullptr) && false) {
 ui-space-edge ~~ source/ui/GUIEntryFilter.cpp ~~ test_source_ui ~~ bAdmitted = iCursor != 0 && iCursor != iEnd; ~~ bAdmitted = iCursor != iEnd;
 EOF
 )

@@ -125,11 +125,8 @@ TEST_F(NyConfigImage, ShippedTextsReadAsListed) {
         uint32_t u4Id;
         const char* szEn;
         const char* szZh;
-    } aSamples[] = {{0x00010003, "PIN", "密码"},
-                    {0x00010043, "Your PIN is wrong,you have %d chance(s) left to retry, continue?",
-                     "您的UKey密码输入有误，还有 %d 次机会，请核对后重新输入，是否继续重试？"},
-                    {0x00210093, "New PIN inconsistent, please input again!",
-                     "两次输入的新密码不一致，请重新输入！"}};
+    } aSamples[] = {{0x00010043, "Your PIN is wrong,you have %d chance(s) left to retry, continue?",
+                     "您的UKey密码输入有误，还有 %d 次机会，请核对后重新输入，是否继续重试？"}};
     for (const auto& t : aSamples) {
         EXPECT_EQ(Expanded(t.u4Id, NY_LANG_EN), t.szEn) << std::hex << t.u4Id;
         EXPECT_EQ(Expanded(t.u4Id, NY_LANG_ZH_CN), t.szZh) << std::hex << t.u4Id;

@@ -1,6 +1,8 @@
 // Typed reads, the size-query contract, type mismatches and languages.
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "CfgTestImage.h"
 #include "config/NyCfgLang.h"
 #include "runtime/NyResult.h"
@@ -87,39 +89,27 @@ TEST_F(NyCfgRead, GettersRejectWrongIdTypesBeforeAnyLookup) {
     EXPECT_EQ(capture.MessagesAt(2).back(), "u4Result = E0600008");
 }
 
-TEST(NyCfgLang, LanguageCodesMapToVariants) {
-    struct {
-        unsigned int u4Code;
-        unsigned char u1Variant;
-    } const aCases[] = {{0, 1}, {1, 0}, {2, 2}, {3, 0}, {7, 0}, {0xFFFFFFFF, 0}};
-    for (const auto& c : aCases) {
-        unsigned char u1Variant = 0xEE;
-        EXPECT_EQ(NyLang2CfgLang(c.u4Code, &u1Variant), NY_OK);
-        EXPECT_EQ(u1Variant, c.u1Variant) << c.u4Code;
-    }
+// A handle starts in the system language (Simplified Chinese here) and switches: codes 0, 1
+// and 2 select their variants, any other code English.
+TEST_F(NyCfgRead, HandleStartsInTheSystemLanguageAndSwitches) {
     unsigned int u4Code = 99;
     EXPECT_EQ(NyOsGetLanguage(&u4Code), NY_OK);
     EXPECT_EQ(u4Code, 0u);
     EXPECT_EQ(NyOsGetLanguage(nullptr), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(NyCfgSetLangId(nullptr, 1), NY_ERR_INVALID_ARGUMENT);
-}
-
-TEST_F(NyCfgRead, HandleStartsInTheSystemLanguageAndSwitches) {
     BlkCfgHandleTag* hCfg = nullptr;
     CCfgTestImage image = Image();
     ASSERT_EQ(NyCfgInit(image.Data().data(), image.Size(), &hCfg), NY_OK);
-    EXPECT_EQ(hCfg->u1Lang, 1) << "Simplified Chinese";
-    struct {
-        unsigned int u4Code;
-        const char* szText;
-    } const aCases[] = {{0, "zh"}, {1, "en"}, {2, "tw"}, {7, "en"}};
+    EXPECT_EQ(hCfg->u1Lang, 1);
+    const std::pair<unsigned int, const char*> aCases[] = {
+        {0, "zh"}, {1, "en"}, {2, "tw"}, {3, "en"}, {7, "en"}, {0xFFFFFFFF, "en"}};
     for (const auto& c : aCases) {
-        ASSERT_EQ(NyCfgSetLangId(hCfg, c.u4Code), NY_OK);
+        ASSERT_EQ(NyCfgSetLangId(hCfg, c.first), NY_OK);
         char sz[8] = {};
         unsigned int u4Length = sizeof(sz);
         ASSERT_EQ(NyCfgGetValue(hCfg, 0x00010002, reinterpret_cast<unsigned char*>(sz), &u4Length),
                   NY_OK);
-        EXPECT_STREQ(sz, c.szText) << c.u4Code;
+        EXPECT_STREQ(sz, c.second) << c.first;
     }
     NyCfgRelease(hCfg);
 }

@@ -1,5 +1,4 @@
-// Hash facade: published digests for every identifier NyHashData takes, its refusals, and the
-// size table.
+// Hash facade: published digests for every identifier NyHashData takes, and its refusals.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -92,29 +91,6 @@ TEST(HashData, RefusesWithZeroAndWritesNothing) {
             << std::hex << c.u4AlgId << " length " << c.u4Len;
         EXPECT_EQ(vDigest, std::vector<uint8_t>(NY_HASH_MAX_DIGEST, 0xCC));
     }
-}
-
-// Sizes other code sizes its buffers by: a few families, the context-sized custom hash, refusals.
-TEST(HashGetInfo, GivesDigestBlockAndStateSize) {
-    const uint32_t aTable[][4] = {{NY_HASH_SHA384, 48, 128, 64},
-                                  {NY_HASH_MD5_SHA1, 36, 64, 36},
-                                  {NY_HASH_KECCAK_384, 48, 104, 200},
-                                  {NY_HASH_CUSTOM, 24, 64, 24}};
-    for (const auto& row : aTable) {
-        const BlkHashCtxTag ctx = {row[0], 24};
-        uint32_t u4Block = 0, u4State = 0, u4Digest = 0, u4AlgId = 0;
-        ASSERT_EQ(NyHashGetInfo(&ctx, &u4Block, &u4State, &u4Digest), NY_OK) << std::hex << row[0];
-        EXPECT_EQ(std::vector<uint32_t>({u4Digest, u4Block, u4State}),
-                  std::vector<uint32_t>(row + 1, row + 4))
-            << std::hex << row[0];
-        ASSERT_EQ(NyHashGetAlgId(&ctx, &u4AlgId), NY_OK);
-        EXPECT_EQ(u4AlgId, row[0]);
-    }
-    const BlkHashCtxTag ctxUnknown = {0x80000011, 0};
-    uint32_t u4Digest = 0;
-    EXPECT_EQ(NyHashGetInfo(&ctxUnknown, nullptr, nullptr, &u4Digest), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyHashGetInfo(nullptr, nullptr, nullptr, &u4Digest), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyHashGetAlgId(&ctxUnknown, nullptr), NY_ERR_INVALID_ARGUMENT);
 }
 
 }  // namespace

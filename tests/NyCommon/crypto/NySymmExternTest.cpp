@@ -54,13 +54,9 @@ TEST_F(SymmExtern, OnlyExternalIdsRegisterAndAreRefusedUnregisteredOrForCbcWitho
 TEST_F(SymmExtern, TheImplementationGetsTheCheckedRequestAsAsked) {
     EXPECT_EQ(NySymmSetExternImpl(NY_SYMM_EXTERN_2, NY_SYMM_EXTERN_CAP_CBC, FakeCipher), NY_OK);
     ASSERT_EQ(Enc(NY_SYMM_EXTERN_2, m_au1Iv), 0x1234u);
-    EXPECT_EQ(m_call.u4AlgId, NY_SYMM_EXTERN_2);
-    EXPECT_EQ(m_call.enCbc, NY_TRUE);
-    EXPECT_EQ(m_call.enEncrypt, NY_TRUE);
-    EXPECT_EQ(m_call.pu1Key, m_au1Key);
-    EXPECT_EQ(m_call.pu1Iv, m_au1Iv);
-    EXPECT_EQ(m_call.u4InLen, 32u);
-    EXPECT_EQ(m_call.u4Capacity, 48u);
+    EXPECT_TRUE(m_call.u4AlgId == NY_SYMM_EXTERN_2 && m_call.enCbc == NY_TRUE &&
+                m_call.enEncrypt == NY_TRUE && m_call.pu1Key == m_au1Key &&
+                m_call.pu1Iv == m_au1Iv && m_call.u4InLen == 32u && m_call.u4Capacity == 48u);
     ASSERT_EQ(NySymmDecEcb(NY_SYMM_EXTERN_2, m_au1Key, m_au1In, 32, m_au1Out, &m_u4Len), 0x1234u);
     EXPECT_EQ(m_call.enCbc, NY_FALSE);
     EXPECT_EQ(m_call.enEncrypt, NY_FALSE);

@@ -8,6 +8,7 @@
 #include "NyIpcTestSupport.h"
 #include "ipc/NyEvent.h"
 #include "ipc/NyIpcResult.h"
+#include "os/NyOs.h"
 #include "runtime/NyResult.h"
 #include "support/NyTestProcess.h"
 
@@ -76,12 +77,12 @@ TEST_F(NyEventTest, AutoResetResetAndPrivateNamelessEvents) {
 TEST_F(NyEventTest, TimeOutModesReturnTheirOwnCodes) {
     NY_EVENT_HANDLE hEvent = nullptr;
     ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
-    unsigned long long u8Start = IpcNowMs();
+    unsigned long long u8Start = NyOsGetTickCount64();
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
-    EXPECT_LT(IpcNowMs() - u8Start, 100u);
-    u8Start = IpcNowMs();
+    EXPECT_LT(NyOsGetTickCount64() - u8Start, 100u);
+    u8Start = NyOsGetTickCount64();
     EXPECT_EQ(static_cast<uint32_t>(EAGAIN), NyEventWait(hEvent, 120));
-    unsigned long long u8Elapsed = IpcNowMs() - u8Start;
+    unsigned long long u8Elapsed = NyOsGetTickCount64() - u8Start;
     EXPECT_GE(u8Elapsed, 110u);
     EXPECT_LT(u8Elapsed, 1000u);
     std::thread thSetter([hEvent] {

@@ -11,6 +11,7 @@
 #include "ipc/NyFileRef.h"
 #include "ipc/NyIpcResult.h"
 #include "ipc/NyShareMem.h"
+#include "os/NyOs.h"
 #include "runtime/NyResult.h"
 #include "support/NyTestProcess.h"
 
@@ -119,9 +120,9 @@ TEST_F(NyFileRefTest, RecordLockTimeOutCountsAttemptsAgainstAnotherProcess) {
     ASSERT_TRUE(sigLocked.Await(5000));
 
     struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
-    unsigned long long u8Start = IpcNowMs();
+    unsigned long long u8Start = NyOsGetTickCount64();
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 30));
-    EXPECT_GE(IpcNowMs() - u8Start, 30u);
+    EXPECT_GE(NyOsGetTickCount64() - u8Start, 30u);
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stWrite, 0)) << "0 tries once";
     struct flock stRead = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_RDLCK);
     EXPECT_EQ(NY_ERR_TIMEOUT, FileRecordLockGet(pRef->iFd, &stRead, 5));

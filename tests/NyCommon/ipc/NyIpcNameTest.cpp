@@ -11,22 +11,20 @@ namespace {
 
 TEST(NyIpcNameTest, KeysHashThePrefixAndTheNameAsUnsignedBytes) {
     const std::string strLong = "{8A2004A0-F603-4236-A2AB-66-MxProject}_Event_Connected";
+    // clang-format off
     const struct {
         uint32_t u4Kind;
         const char* szName;
         uint32_t u4Key;
-    } aCases[] = {{NY_KEY_KIND_NONE, "a", 0x61},
-                  {NY_KEY_KIND_SEM, "a", 0x1E34F6},
-                  {NY_KEY_KIND_EVENT, "a", 0x1A8A78},
-                  {NY_KEY_KIND_MUTEX, "a", 0x1CA2C0},
-                  {7, "a", 0x61},
-                  {NY_KEY_KIND_EVENT, "Global_Event_Request", 0x6DC90543},
-                  {NY_KEY_KIND_NONE, "\xff\x80", 0x82FD},
-                  {NY_KEY_KIND_EVENT, "\xff\x80", 0xD952CC2},
-                  {NY_KEY_KIND_NONE, strLong.c_str(), 0x1C8E1990},
-                  {NY_KEY_KIND_EVENT, strLong.c_str(), 0x76281FA5},
-                  {NY_KEY_KIND_EVENT, "", 0},
-                  {NY_KEY_KIND_EVENT, nullptr, 0}};
+    } aCases[] = {
+        {NY_KEY_KIND_NONE, "a", 0x61}, {NY_KEY_KIND_SEM, "a", 0x1E34F6},
+        {NY_KEY_KIND_EVENT, "a", 0x1A8A78}, {NY_KEY_KIND_MUTEX, "a", 0x1CA2C0}, {7, "a", 0x61},
+        {NY_KEY_KIND_EVENT, "Global_Event_Request", 0x6DC90543},
+        {NY_KEY_KIND_NONE, "\xff\x80", 0x82FD}, {NY_KEY_KIND_EVENT, "\xff\x80", 0xD952CC2},
+        {NY_KEY_KIND_NONE, strLong.c_str(), 0x1C8E1990},
+        {NY_KEY_KIND_EVENT, strLong.c_str(), 0x76281FA5}, {NY_KEY_KIND_EVENT, "", 0},
+        {NY_KEY_KIND_EVENT, nullptr, 0}};
+    // clang-format on
     for (const auto& c : aCases) {
         EXPECT_EQ(c.u4Key, UnixName2Key(c.u4Kind, c.szName))
             << "kind " << c.u4Kind << " name " << (c.szName != nullptr ? c.szName : "(null)");
@@ -34,18 +32,17 @@ TEST(NyIpcNameTest, KeysHashThePrefixAndTheNameAsUnsignedBytes) {
 }
 
 TEST(NyIpcNameTest, PathsCarryTheKindPrefixReplaceSeparatorsAndFitTheBuffer) {
+    // clang-format off
     const struct {
         const char* szName;
         uint32_t u4Kind;
         const char* szTail;  // after the directory; null: the call fails
-    } aCases[] = {{"chan", NY_FILE_KIND_MUTEX, "mtx.chan"},
-                  {"chan", NY_FILE_KIND_SHM, "shm.chan"},
-                  {"chan", 0, "chan"},
-                  {"chan", 9, "chan"},
-                  {"a/b\\c d", NY_FILE_KIND_SHM, "shm.a_b_c_d"},
-                  {"  ", NY_FILE_KIND_MUTEX, "mtx.__"},
-                  {"", NY_FILE_KIND_SHM, nullptr},
-                  {nullptr, NY_FILE_KIND_SHM, nullptr}};
+    } aCases[] = {
+        {"chan", NY_FILE_KIND_MUTEX, "mtx.chan"}, {"chan", NY_FILE_KIND_SHM, "shm.chan"},
+        {"chan", 0, "chan"}, {"chan", 9, "chan"}, {"a/b\\c d", NY_FILE_KIND_SHM, "shm.a_b_c_d"},
+        {"  ", NY_FILE_KIND_MUTEX, "mtx.__"}, {"", NY_FILE_KIND_SHM, nullptr},
+        {nullptr, NY_FILE_KIND_SHM, nullptr}};
+    // clang-format on
     for (const auto& c : aCases) {
         char szPath[NY_IPC_PATH_SIZE] = "untouched";
         bool bOk = FileName2Path(c.szName, c.u4Kind, szPath, sizeof(szPath));

@@ -5,7 +5,6 @@
 #include <sys/ipc.h>
 #include <sys/sem.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -119,10 +118,4 @@ int IpcOpenDescriptors(const std::string& strPath) {
     }
     closedir(pDir);
     return iCount;
-}
-
-unsigned long long IpcNowMs() {
-    struct timespec ts = {};
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return static_cast<unsigned long long>(ts.tv_sec) * 1000ull + ts.tv_nsec / 1000000;
 }

@@ -49,7 +49,6 @@ bool IpcPathExists(const std::string& strPath);
 int IpcEventHolders(const std::string& strName);
 // Descriptors of this process open on strPath.
 int IpcOpenDescriptors(const std::string& strPath);
-unsigned long long IpcNowMs();
 
 // Inside a forked child: leave with the given code when a condition fails.
 #define IPC_CHILD_CHECK(cond, code) \

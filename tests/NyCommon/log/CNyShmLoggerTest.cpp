@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cstring>
@@ -13,6 +12,7 @@
 #include "log/CNyShmLogger.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
+#include "os/NyOs.h"
 #include "support/CNyTestChild.h"
 #include "support/NyTestLogQueue.h"
 #include "support/NyTestProcess.h"
@@ -60,12 +60,6 @@ bool IsThisFile(const std::string& strSource) {
     return strSource.size() >= strFile.size() &&
            strSource.compare(strSource.size() - strFile.size(), strFile.size(), strFile) == 0 &&
            strSource[0] != '/';
-}
-
-uint64_t MonotonicMs() {
-    struct timespec ts = {};
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return static_cast<uint64_t>(ts.tv_sec) * 1000 + static_cast<uint64_t>(ts.tv_nsec) / 1000000;
 }
 
 }  // namespace
@@ -184,9 +178,9 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
     ASSERT_TRUE(pStalledViewer->Connect(true));
     ASSERT_TRUE(LogRecords(*pProducer, 7));
 
-    uint64_t u8Start = MonotonicMs();
+    uint64_t u8Start = NyOsGetTickCount64();
     ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
-    uint64_t u8Elapsed = MonotonicMs() - u8Start;
+    uint64_t u8Elapsed = NyOsGetTickCount64() - u8Start;
     EXPECT_GE(u8Elapsed, NY_SHMLOG_STALL_LIMIT - 1);
     EXPECT_LT(u8Elapsed, 5000u);
 
@@ -197,9 +191,9 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
 
     // With the listener forgotten, the next full ring is emptied without waiting.
     ASSERT_TRUE(LogRecords(*pProducer, 7));
-    u8Start = MonotonicMs();
+    u8Start = NyOsGetTickCount64();
     ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
-    EXPECT_LT(MonotonicMs() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
+    EXPECT_LT(NyOsGetTickCount64() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
 }
 
 TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {

@@ -8,21 +8,6 @@
 #include "runtime/NyResult.h"
 #include "support/NyTestLogCapture.h"
 
-TEST(NyConvert, Hex2AscWritesUpperCaseDigitsAndNul) {
-    struct {
-        std::vector<uint8_t> vData;
-        const char* szHex;
-    } aCases[] = {{{}, ""},
-                  {{0x00, 0xFF, 0x0A, 0xB1, 0x5C}, "00FF0AB15C"},
-                  {{0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF}, "0123456789ABCDEF"}};
-    for (const auto& c : aCases) {
-        std::vector<char> vOut(2 * c.vData.size() + 2, '#');
-        NyHex2Asc(c.vData.data(), static_cast<uint32_t>(c.vData.size()), vOut.data());
-        EXPECT_STREQ(vOut.data(), c.szHex);
-        EXPECT_EQ(vOut.back(), '#') << "wrote past 2 * length + 1";
-    }
-}
-
 TEST(NyConvert, WideAndMultiByteByCodePageBothWays) {
     const struct {
         uint32_t u4CodePage;

@@ -85,7 +85,7 @@ uint32_t StartServiceThread(uint32_t u4InteractionId, const char* szGuid,
         return NY_ERR_INVALID_ARGUMENT;
     }
     m_mapLiveServices.emplace(pService, szGuid);
-    PublishLiveSessions();
+    SessionRegistryAdd(szGuid);
     auto it = m_mapSessionManager.find(u4InteractionId);
     if (it != m_mapSessionManager.end()) {
         // The older session runs on until its client ends; only its table entry goes.

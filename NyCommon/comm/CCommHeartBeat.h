@@ -17,7 +17,8 @@
 
 constexpr uint32_t COMM_HEARTBEAT_PERIOD_MS = 10;
 constexpr uint32_t COMM_HEARTBEAT_FAST_PERIOD_MS = 1;
-// A fresh channel beats fast this long, so a client told its name connects at once.
+// A fresh channel beats fast until a beat finds a client waiting, at most this long, so a client
+// told its name connects at once (a storm of fresh sessions does not keep the cores busy).
 constexpr uint32_t COMM_HEARTBEAT_FRESH_FAST_MS = 200;
 // Fast beats after an answer: a client that reset the event just after the answer's own beat
 // sees the next one within a millisecond.
@@ -47,6 +48,7 @@ public:
 private:
     static void* SessionHeartBeatThreadProc(void* pvArg);
     uint32_t NextPeriodMs() const;
+    void Beaten(uint32_t u4Waiting);
     void Pause(uint32_t u4Ms);
 
     NY_EVENT_HANDLE m_hConnected;
@@ -55,6 +57,7 @@ private:
     std::atomic<uint32_t> m_u4Stop;
     std::atomic<uint32_t> m_u4Left;
     std::atomic<uint64_t> m_u8FastUntil;
+    std::atomic<uint64_t> m_u8FreshUntil;
     std::atomic<uint64_t> m_u8LastBeat;
     std::mutex m_mtxWake;
     std::condition_variable m_cvWake;

@@ -185,6 +185,16 @@ protected:
         NyEventSet(hRequest);
         NyEventClose(hRequest);
     }
+    // Sends 4 bytes of data as the server's answer.
+    uint32_t Notify(uint32_t u4Data) {
+        BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Data, sizeof(u4Data)};
+        return server.Notify(hServer, &blkNotify);
+    }
+    uint32_t DataInRegion() {
+        uint32_t u4Data = 0;
+        NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4Data, sizeof(u4Data));
+        return u4Data;
+    }
     uint32_t Listen(uint32_t* pu4Data) {
         uint32_t u4Length = sizeof(*pu4Data);
         return server.Listen(hServer, pu4Data, &u4Length);
@@ -400,13 +410,11 @@ TEST_F(ServerFixture, AnswerToARequestThatAnotherClientReplacedIsNotWritten) {
     Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);
     ASSERT_EQ(Listen(&u4Data), 0u);
     Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 2);  // the first client died, a second came
-    uint32_t u4Answer = 0xAAAA;
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Answer, sizeof(u4Answer)};
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Notify(0xAAAA), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_REQUEST);
     ASSERT_EQ(Listen(&u4Data), 0u);
     EXPECT_EQ(u4Data, 2u);
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Notify(0xAAAA), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
 }
 
@@ -425,26 +433,20 @@ TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelAndTheRegionWh
     uint32_t u4Data = 0;
     for (int i = 0; i < 100 && Listen(&u4Data) != 0; ++i) {
     }
-    uint32_t u4Pin = 0x31323334;
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Pin, sizeof(u4Pin)};
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    constexpr uint32_t u4Pin = 0x31323334;
+    EXPECT_EQ(Notify(u4Pin), 0u);
     NyOsSleep(50);
-    uint32_t u4InRegion = 0;
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, u4Pin) << "wiped while its client still held the channel";
+    EXPECT_EQ(DataInRegion(), u4Pin) << "wiped while its client still held the channel";
     EXPECT_EQ(0, Reap(pidClient));
     NyOsSleep(30);
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, 0u);
+    EXPECT_EQ(DataInRegion(), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
     // A notification that answers no request stays (its clients read it without the mutex),
     // until the server closes the channel.
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Notify(u4Pin), 0u);
     NyOsSleep(30);
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, u4Pin);
+    EXPECT_EQ(DataInRegion(), u4Pin);
     EXPECT_EQ(server.Disconnect(hServer), 0u);
     hServer = nullptr;
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, 0u);
+    EXPECT_EQ(DataInRegion(), 0u);
 }

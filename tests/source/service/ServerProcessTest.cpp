@@ -113,12 +113,12 @@ int SendStartAndDie(const std::string& strMain, int fdReady, int fdGo) {
 }
 
 void RemoveFiles(const std::string& strMain) {
-    char szPath[NY_IPC_PATH_SIZE];
-    ASSERT_TRUE(FileName2Path(strMain.c_str(), NY_FILE_KIND_SHM, szPath, sizeof(szPath)));
-    EXPECT_EQ(0, unlink(szPath));
-    std::string strMutex = strMain + "_Mutex_Communication";
-    ASSERT_TRUE(FileName2Path(strMutex.c_str(), NY_FILE_KIND_MUTEX, szPath, sizeof(szPath)));
-    EXPECT_EQ(0, unlink(szPath));
+    for (auto [strFile, enKind] : {std::pair{strMain, NY_FILE_KIND_SHM},
+                                   {strMain + "_Mutex_Communication", NY_FILE_KIND_MUTEX}}) {
+        char szPath[NY_IPC_PATH_SIZE];
+        ASSERT_TRUE(FileName2Path(strFile.c_str(), enKind, szPath, sizeof(szPath)));
+        EXPECT_EQ(0, unlink(szPath)) << szPath;
+    }
 }
 
 void RemoveSemaphoreSets(const std::string& strMain) {
@@ -130,9 +130,6 @@ void RemoveSemaphoreSets(const std::string& strMain) {
 }
 
 constexpr uint8_t SENTINEL = 0xA5;
-
-const uint8_t s_au1Seed[NY_UI_KEY_SEED_SIZE] = {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE,
-                                                0x01, 0x23, 0x45, 0x67, 0x89, 0xAB, 0xCD, 0xEF};
 
 // Upper-case hexadecimal digits in the 8-4-4-4-12 shape.
 bool IsGuidText(std::string str) {
@@ -426,21 +423,4 @@ TEST_F(ServedSessionTest, EveryBlockIsAnsweredAsTheRequestsOwnCopy) {
     tagBlkUiParam blkExpected = {};
     blkExpected.enUiCmdType = 0x20001;
     EXPECT_EQ(0, memcmp(&blkExpected, vAnswer.data(), sizeof(blkExpected)));
-    // A protected request is answered under the same seed.
-    tagBlkUiParam blkPlain = PatternBlock(0x20000, 0, 3);
-    tagBlkUiParam blkReq = blkPlain;
-    memcpy(blkReq.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
-    ASSERT_EQ(NY_OK, UiParamEnc(&blkReq));
-    tagBlkUiParam blkAnswer;
-    ASSERT_EQ(NY_OK, m_client.Exchange(&blkReq, &blkAnswer));
-    EXPECT_EQ(UI_PARAM_PROTECTED, blkAnswer.u4Protected);
-    EXPECT_EQ(0, memcmp(s_au1Seed, blkAnswer.au1KeySeed, sizeof(s_au1Seed)));
-    EXPECT_EQ(0, memcmp(NyUiParamBytes(&blkReq, NY_UI_PROTECTED_OFFSET),
-                        NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET), NY_UI_PROTECTED_SIZE))
-        << "an unchanged payload enciphers to the request's own cipher text";
-    ASSERT_EQ(NY_OK, UiParamDec(&blkAnswer));
-    blkExpected = blkPlain;
-    memcpy(blkExpected.au1KeySeed, s_au1Seed, sizeof(s_au1Seed));
-    blkExpected.enRes = UI_RESULT_NOT_PROCESSED;
-    EXPECT_EQ(0, memcmp(&blkExpected, &blkAnswer, sizeof(blkAnswer)));
 }

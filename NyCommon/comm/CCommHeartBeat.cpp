@@ -26,7 +26,8 @@ CCommHeartBeat::CCommHeartBeat(NY_EVENT_HANDLE hConnected, CCommAnswerGuard* pGu
       m_u4Left(0),
       m_u8FastUntil(0),
       m_u8FreshUntil(0),
-      m_u8LastBeat(0) {}
+      m_u8LastBeat(0),
+      m_u4PeriodMs(COMM_HEARTBEAT_PERIOD_MS) {}
 
 CCommHeartBeat::~CCommHeartBeat() {
     Stop();
@@ -68,6 +69,14 @@ void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
     m_cvWake.notify_all();
 }
 
+bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
+    if (u4PeriodMs == 0 || u4PeriodMs > COMM_HEARTBEAT_PERIOD_MS) {
+        return false;
+    }
+    m_u4PeriodMs.store(u4PeriodMs);
+    return true;
+}
+
 bool CCommHeartBeat::IsBeating() const {
     return m_hThread != nullptr && m_u4Left.load() == 0 &&
            NyOsGetTickCount64() - m_u8LastBeat.load() < HEARTBEAT_STALE_MS;
@@ -78,7 +87,7 @@ uint32_t CCommHeartBeat::NextPeriodMs() const {
     uint64_t u8Now = NyOsGetTickCount64();
     bool bFast = u8Now < m_u8FastUntil.load() || u8Now < m_u8FreshUntil.load() ||
                  (m_pGuard != nullptr && m_pGuard->WipePending());
-    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : COMM_HEARTBEAT_PERIOD_MS;
+    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : m_u4PeriodMs.load();
 }
 
 // A beat that found clients waiting ends the fresh channel's fast window (its first client is

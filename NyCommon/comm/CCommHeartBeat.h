@@ -41,6 +41,8 @@ public:
     void Stop();
     // Beat every millisecond for the next u4FastMs, starting now.
     void BeatFast(uint32_t u4FastMs);
+    // The period between beats when nothing asks for fast ones (1..COMM_HEARTBEAT_PERIOD_MS).
+    bool SetPeriod(uint32_t u4PeriodMs);
     // True while the thread runs and its last beat is recent: how this process asks after its
     // own channel without consuming a beat that a client waits for.
     bool IsBeating() const;
@@ -59,6 +61,7 @@ private:
     std::atomic<uint64_t> m_u8FastUntil;
     std::atomic<uint64_t> m_u8FreshUntil;
     std::atomic<uint64_t> m_u8LastBeat;
+    std::atomic<uint32_t> m_u4PeriodMs;
     std::mutex m_mtxWake;
     std::condition_variable m_cvWake;
 };

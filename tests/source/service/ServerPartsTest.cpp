@@ -146,10 +146,7 @@ TEST(ClientLivenessTest, GoneProcessLivesOnlyThroughIdsThatContainItsId) {
         {"no process contains the id", {"1", "self", "net"}, u4Dead, false},
         {"a longer id contains it", {"1", "9" + strDead + "1"}, u4Dead, true},
         {"a non-numeric entry containing it does not count", {"x" + strDead}, u4Dead, false},
-        {"a prefix of the id does not count",
-         {strDead.substr(0, strDead.size() - 1)},
-         u4Dead,
-         false},
+        {"an id prefix does not count", {strDead.substr(0, strDead.size() - 1)}, u4Dead, false},
         {"a check that cannot run counts as alive", {}, u4Dead, true},
     };
     EXPECT_TRUE(IsClientProcessAlive(u4Self));

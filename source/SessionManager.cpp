@@ -27,7 +27,7 @@ std::map<uint32_t, BlkSessionInfoTag> m_mapSessionManager;
 // the same id, with its channel name; guarded by the same lock.
 std::map<std::shared_ptr<GUIService>, std::string> m_mapLiveServices;
 
-// Called with the lock held, whenever the live sessions change.
+// Called with the lock held when a session ends (a start only appends its name).
 void PublishLiveSessions() {
     std::vector<std::string> vNames;
     for (const auto& entry : m_mapLiveServices) {

@@ -2,9 +2,10 @@
 // can tell a live server from a dead one. Stop() ends the thread within about one period; the
 // event itself belongs to the channel and is not closed here.
 //
-// Besides the 10 ms beat the thread beats every millisecond for a while when asked (a fresh
-// channel, and after every answer), releases every client waiting on the event at a beat, and
-// does the channel's pending answer wipe (CCommAnswerGuard) while it beats fast.
+// Besides the periodic beat (10 ms, or less after SetPeriod) the thread beats every millisecond for
+// a while when asked (a fresh channel, and after every answer), releases every client waiting on
+// the event at a beat, and does the channel's pending answer wipe (CCommAnswerGuard) while it beats
+// fast.
 #pragma once
 
 #include <atomic>

@@ -262,8 +262,8 @@ TEST(SessionLifecycleTest, SessionChannelsGoWithTheirClientTheirServerOrAtTheNex
         }
         NyTestKillChild(pidClient);
         if (enEnd == KILL_SERVER) {
-            NyOsSleep(100);  // the killed sessions' leftovers are there to be found
-            ASSERT_TRUE(NyTestChannelObjectsExist(vSessions[0]));
+            // Any server of this executable that starts now clears the leftovers, so a test
+            // running beside this one may already have done it: no check that they are there.
             pNext = std::make_unique<CNyTestServer>();
             ASSERT_TRUE(pNext->Started());
         }

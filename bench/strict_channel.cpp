@@ -1,11 +1,16 @@
 // What a token library that follows the channel's client side step by step pays against a
 // running ukey-uiserver (separate process): a main-session round trip, a status poll on an
 // interaction session, the first connect to a session just started, and 100 client processes
-// that connect and start a session at the same moment.
+// that connect and start a session at the same moment; how long a server whose main channel was
+// removed under it takes to serve again and how many log records it writes meanwhile, and how
+// soon a new server takes over the name of a killed one.
 //   bench_strict_channel [--server=PATH] [benchmark flags]
 // --server measures another build of the server (default: the one beside this program).
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/mman.h>
+#include <sys/sem.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,7 +23,10 @@
 #include "CNyStrictClient.h"
 #include "NyUiServerProcess.h"
 #include "comm/BlkShmCommHeader.h"
+#include "ipc/NyIpcName.h"
 #include "ipc/NyShareMem.h"
+#include "log/CLockfreeArrayQueue.h"
+#include "log/CNyShmLogger.h"
 #include "os/NyCommonLib.h"
 #include "session/NyMainSessionRecord.h"
 #include "uiblock/NyUiParam.h"
@@ -280,6 +288,147 @@ void BM_ConnectStorm100(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_ConnectStorm100)->Iterations(10)->Unit(benchmark::kMillisecond);
+
+// A fresh client (objects opened anew) that gets an answer from the server of pid.
+bool ServedBy(const std::string& strMain, pid_t pid) {
+    CNyStrictClient client;
+    BlkMainSessionRequestTag blkReq = {};
+    BlkMainSessionResponseTag blkResp = {};
+    return client.Open(strMain) == NY_OK && client.Connect(20) == NY_OK &&
+           client.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) == NY_OK &&
+           blkResp.uServerPid == static_cast<uint32_t>(pid);
+}
+
+// Microseconds until ServedBy succeeds (tried every millisecond), or -1 after 5 s.
+double MicrosUntilServed(const std::string& strMain, pid_t pid, Clock::time_point tStart) {
+    while (!ServedBy(strMain, pid)) {
+        if (MicrosSince(tStart) > 5e6) {
+            return -1.0;
+        }
+        usleep(1000);
+    }
+    return MicrosSince(tStart);
+}
+
+// The machine-wide log ring, read-only in effect: counts the records of one process written
+// since Mark().
+class LogRecordCounter {
+public:
+    LogRecordCounter() {
+        m_cbLen = CLockfreeArrayQueue::CalcBufferLen(NY_SHMLOG_CAPACITY);
+        int fd = shm_open(NY_SHMLOG_QUEUE_NAME, O_RDWR, 0);
+        void* pv = fd >= 0 ? mmap(nullptr, m_cbLen, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0)
+                           : MAP_FAILED;
+        if (fd >= 0) {
+            close(fd);
+        }
+        m_pvMap = pv != MAP_FAILED ? pv : nullptr;
+        m_bOk = m_pvMap != nullptr && m_ring.Initialize(m_pvMap, m_cbLen, NY_SHMLOG_CAPACITY, true);
+    }
+    ~LogRecordCounter() {
+        if (m_pvMap != nullptr) {
+            munmap(m_pvMap, m_cbLen);
+        }
+    }
+    bool Ok() const { return m_bOk; }
+    void Mark() { m_u4Pos = static_cast<const BlkLockfreeQueueTag*>(m_pvMap)->u4Commit; }
+    uint32_t CountOf(pid_t pid) {
+        std::vector<tagBlkLogItem> vItems(256);
+        uint32_t u4Count = 0;
+        while (unsigned int n = m_ring.Peek(m_u4Pos, vItems.data(), 256)) {
+            u4Count += static_cast<uint32_t>(
+                std::count_if(vItems.begin(), vItems.begin() + n, [pid](const tagBlkLogItem& item) {
+                    return item.u4Pid == static_cast<uint32_t>(pid);
+                }));
+        }
+        return u4Count;
+    }
+
+private:
+    CLockfreeArrayQueue m_ring;
+    void* m_pvMap = nullptr;
+    size_t m_cbLen = 0;
+    uint32_t m_u4Pos = 0;
+    bool m_bOk = false;
+};
+
+// What any local user can do to the main channel: remove its two files, or its event sets.
+void RemoveMainObjects(const std::string& strMain, bool bFiles) {
+    char szPath[NY_IPC_PATH_SIZE];
+    if (bFiles) {
+        std::string strMutex = strMain + "_Mutex_Communication";
+        FileName2Path(strMain.c_str(), NY_FILE_KIND_SHM, szPath, sizeof(szPath));
+        unlink(szPath);
+        FileName2Path(strMutex.c_str(), NY_FILE_KIND_MUTEX, szPath, sizeof(szPath));
+        unlink(szPath);
+        return;
+    }
+    for (const char* szSuffix : {"_Event_Request", "_Event_Response", "_Event_Connected"}) {
+        std::string strEvent = strMain + szSuffix;
+        key_t key = static_cast<key_t>(UnixName2Key(NY_KEY_KIND_EVENT, strEvent.c_str()));
+        semctl(semget(key, 2, 0), 0, IPC_RMID);
+    }
+}
+
+// Arg 0: the files removed, 1: the event sets. From the removal to a new client served, and the
+// server's log records from the removal to 200 ms after that.
+void BM_MainChannelOutage(benchmark::State& state) {
+    LogRecordCounter counter;
+    std::vector<double> vMicros;
+    std::vector<double> vRecords;
+    for (auto _ : state) {
+        ServerUnderTest server;
+        if (!counter.Ok() || !server.Start()) {
+            state.SkipWithError("no server or no log ring");
+            return;
+        }
+        server.main.Close();
+        usleep(300000);  // the start's own records are written
+        counter.Mark();
+        auto tStart = Clock::now();
+        RemoveMainObjects(server.strMain, state.range(0) == 0);
+        double dMicros = MicrosUntilServed(server.strMain, server.pid, tStart);
+        usleep(200000);
+        vRecords.push_back(counter.CountOf(server.pid));
+        if (dMicros < 0) {
+            state.SkipWithError("not served again");
+            return;
+        }
+        vMicros.push_back(dMicros);
+    }
+    Percentiles(state, vMicros);
+    std::sort(vRecords.begin(), vRecords.end());
+    state.counters["log_records_p50"] = vRecords[vRecords.size() / 2];
+    state.counters["log_records_max"] = vRecords.back();
+}
+BENCHMARK(BM_MainChannelOutage)->Arg(0)->Arg(1)->Iterations(10)->Unit(benchmark::kMillisecond);
+
+// A server killed with -9 while a client still holds its channel; a new server started under
+// the same name: from its spawn to a new client served by it.
+void BM_TakeoverOfKilledServer(benchmark::State& state) {
+    std::vector<double> vMicros;
+    for (auto _ : state) {
+        ServerUnderTest server;
+        if (!server.Start()) {
+            state.SkipWithError("the server did not start");
+            return;
+        }
+        kill(server.pid, SIGKILL);
+        waitpid(server.pid, nullptr, 0);
+        auto tStart = Clock::now();
+        uint32_t u4Error = 0;
+        server.pid = NyUiServerSpawn(g_strServer.c_str(), server.strMain.c_str(), false, &u4Error);
+        double dMicros =
+            server.pid > 0 ? MicrosUntilServed(server.strMain, server.pid, tStart) : -1;
+        if (dMicros < 0) {
+            state.SkipWithError("the name was not taken over");
+            return;
+        }
+        vMicros.push_back(dMicros);
+    }
+    Percentiles(state, vMicros);
+}
+BENCHMARK(BM_TakeoverOfKilledServer)->Iterations(20)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

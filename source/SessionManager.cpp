@@ -27,7 +27,7 @@ std::map<uint32_t, BlkSessionInfoTag> m_mapSessionManager;
 // the same id, with its channel name; guarded by the same lock.
 std::map<std::shared_ptr<GUIService>, std::string> m_mapLiveServices;
 
-// Called with the lock held, whenever the live sessions change.
+// Called with the lock held when a session ends (a start only appends its name).
 void PublishLiveSessions() {
     std::vector<std::string> vNames;
     for (const auto& entry : m_mapLiveServices) {
@@ -85,7 +85,7 @@ uint32_t StartServiceThread(uint32_t u4InteractionId, const char* szGuid,
         return NY_ERR_INVALID_ARGUMENT;
     }
     m_mapLiveServices.emplace(pService, szGuid);
-    PublishLiveSessions();
+    SessionRegistryAdd(szGuid);
     auto it = m_mapSessionManager.find(u4InteractionId);
     if (it != m_mapSessionManager.end()) {
         // The older session runs on until its client ends; only its table entry goes.

@@ -1,6 +1,7 @@
 #include "SessionRegistry.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -55,6 +56,21 @@ bool ClearChannel(const std::string& strName) {
     return true;
 }
 
+// This process's list, open for appending; dropped whenever the list is replaced (a rename
+// leaves the descriptor on the old file) and in a forked child (another pid, another list).
+struct BlkAppendTag {
+    pid_t pid = 0;
+    int iFd = -1;
+};
+BlkAppendTag g_blkAppend;
+
+void DropAppend() {
+    if (g_blkAppend.iFd >= 0 && g_blkAppend.pid == getpid()) {
+        close(g_blkAppend.iFd);
+    }
+    g_blkAppend = BlkAppendTag();
+}
+
 bool IsDeadPid(const char* szPid) {
     char* pEnd = nullptr;
     long lPid = strtol(szPid, &pEnd, 10);
@@ -64,6 +80,7 @@ bool IsDeadPid(const char* szPid) {
 }  // namespace
 
 void SessionRegistryWrite(const std::vector<std::string>& vNames) {
+    DropAppend();
     std::string strPath = RegistryPath(getpid());
     if (vNames.empty()) {
         unlink(strPath.c_str());
@@ -77,6 +94,20 @@ void SessionRegistryWrite(const std::vector<std::string>& vNames) {
         }
     }
     rename(strTemp.c_str(), strPath.c_str());
+}
+
+void SessionRegistryAdd(const std::string& strName) {
+    if (g_blkAppend.pid != getpid()) {
+        g_blkAppend = BlkAppendTag();
+        g_blkAppend.iFd =
+            open(RegistryPath(getpid()).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
+        g_blkAppend.pid = getpid();
+    }
+    std::string strLine = strName + '\n';
+    if (g_blkAppend.iFd < 0 || write(g_blkAppend.iFd, strLine.data(), strLine.size()) !=
+                                   static_cast<ssize_t>(strLine.size())) {
+        DropAppend();
+    }
 }
 
 size_t SessionRegistryClearDead() {

@@ -25,7 +25,9 @@ CCommHeartBeat::CCommHeartBeat(NY_EVENT_HANDLE hConnected, CCommAnswerGuard* pGu
       m_u4Stop(0),
       m_u4Left(0),
       m_u8FastUntil(0),
-      m_u8LastBeat(0) {}
+      m_u8FreshUntil(0),
+      m_u8LastBeat(0),
+      m_u4PeriodMs(COMM_HEARTBEAT_PERIOD_MS) {}
 
 CCommHeartBeat::~CCommHeartBeat() {
     Stop();
@@ -35,7 +37,8 @@ uint32_t CCommHeartBeat::Start() {
     m_u4Stop = 0;
     m_u4Left = 0;
     m_u8LastBeat = NyOsGetTickCount64();
-    m_u8FastUntil = NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS;
+    m_u8FastUntil = 0;
+    m_u8FreshUntil = NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS;
     return NyThreadBegin(&CCommHeartBeat::SessionHeartBeatThreadProc, this, &m_hThread);
 }
 
@@ -66,6 +69,14 @@ void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
     m_cvWake.notify_all();
 }
 
+bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
+    if (u4PeriodMs == 0 || u4PeriodMs > COMM_HEARTBEAT_PERIOD_MS) {
+        return false;
+    }
+    m_u4PeriodMs.store(u4PeriodMs);
+    return true;
+}
+
 bool CCommHeartBeat::IsBeating() const {
     return m_hThread != nullptr && m_u4Left.load() == 0 &&
            NyOsGetTickCount64() - m_u8LastBeat.load() < HEARTBEAT_STALE_MS;
@@ -73,9 +84,20 @@ bool CCommHeartBeat::IsBeating() const {
 
 // Fast while asked to, and while an answer waits to be wiped.
 uint32_t CCommHeartBeat::NextPeriodMs() const {
-    bool bFast = NyOsGetTickCount64() < m_u8FastUntil.load() ||
+    uint64_t u8Now = NyOsGetTickCount64();
+    bool bFast = u8Now < m_u8FastUntil.load() || u8Now < m_u8FreshUntil.load() ||
                  (m_pGuard != nullptr && m_pGuard->WipePending());
-    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : COMM_HEARTBEAT_PERIOD_MS;
+    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : m_u4PeriodMs.load();
+}
+
+// A beat that found clients waiting ends the fresh channel's fast window (its first client is
+// in), and is followed by a few fast beats for the clients of a storm that arrive just after.
+void CCommHeartBeat::Beaten(uint32_t u4Waiting) {
+    m_u8LastBeat.store(NyOsGetTickCount64());
+    if (u4Waiting != 0) {
+        m_u8FreshUntil.store(0);
+        BeatFast(COMM_HEARTBEAT_ANSWER_FAST_MS);
+    }
 }
 
 void CCommHeartBeat::Pause(uint32_t u4Ms) {
@@ -91,11 +113,12 @@ void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
     CCommHeartBeat* pThis = static_cast<CCommHeartBeat*>(pvArg);
     uint32_t u4Result = 0;
     while (pThis->m_u4Stop == 0) {
-        u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES);
+        uint32_t u4Waiting = 0;
+        u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES, &u4Waiting);
         if (u4Result != 0) {
             break;
         }
-        pThis->m_u8LastBeat.store(NyOsGetTickCount64());
+        pThis->Beaten(u4Waiting);
         if (pThis->m_pGuard != nullptr && pThis->m_pGuard->WipePending()) {
             pThis->m_pGuard->TryWipe();
         }

@@ -2,9 +2,10 @@
 // can tell a live server from a dead one. Stop() ends the thread within about one period; the
 // event itself belongs to the channel and is not closed here.
 //
-// Besides the 10 ms beat the thread beats every millisecond for a while when asked (a fresh
-// channel, and after every answer), releases every client waiting on the event at a beat, and
-// does the channel's pending answer wipe (CCommAnswerGuard) while it beats fast.
+// Besides the periodic beat (10 ms, or less after SetPeriod) the thread beats every millisecond for
+// a while when asked (a fresh channel, and after every answer), releases every client waiting on
+// the event at a beat, and does the channel's pending answer wipe (CCommAnswerGuard) while it beats
+// fast.
 #pragma once
 
 #include <atomic>
@@ -17,7 +18,8 @@
 
 constexpr uint32_t COMM_HEARTBEAT_PERIOD_MS = 10;
 constexpr uint32_t COMM_HEARTBEAT_FAST_PERIOD_MS = 1;
-// A fresh channel beats fast this long, so a client told its name connects at once.
+// A fresh channel beats fast until a beat finds a client waiting, at most this long, so a client
+// told its name connects at once (a storm of fresh sessions does not keep the cores busy).
 constexpr uint32_t COMM_HEARTBEAT_FRESH_FAST_MS = 200;
 // Fast beats after an answer: a client that reset the event just after the answer's own beat
 // sees the next one within a millisecond.
@@ -40,6 +42,8 @@ public:
     void Stop();
     // Beat every millisecond for the next u4FastMs, starting now.
     void BeatFast(uint32_t u4FastMs);
+    // The period between beats when nothing asks for fast ones (1..COMM_HEARTBEAT_PERIOD_MS).
+    bool SetPeriod(uint32_t u4PeriodMs);
     // True while the thread runs and its last beat is recent: how this process asks after its
     // own channel without consuming a beat that a client waits for.
     bool IsBeating() const;
@@ -47,6 +51,7 @@ public:
 private:
     static void* SessionHeartBeatThreadProc(void* pvArg);
     uint32_t NextPeriodMs() const;
+    void Beaten(uint32_t u4Waiting);
     void Pause(uint32_t u4Ms);
 
     NY_EVENT_HANDLE m_hConnected;
@@ -55,7 +60,9 @@ private:
     std::atomic<uint32_t> m_u4Stop;
     std::atomic<uint32_t> m_u4Left;
     std::atomic<uint64_t> m_u8FastUntil;
+    std::atomic<uint64_t> m_u8FreshUntil;
     std::atomic<uint64_t> m_u8LastBeat;
+    std::atomic<uint32_t> m_u4PeriodMs;
     std::mutex m_mtxWake;
     std::condition_variable m_cvWake;
 };

@@ -284,6 +284,14 @@ bool CNyShmCommunication::ReadFileIds(const char* szName, uint64_t (&au8Ids)[4])
     return true;
 }
 
+uint32_t CNyShmCommunication::SetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs) {
+    CChannelUse use(m_sessionRecord, hSession);
+    if (!use.IsValid() || use.Info().pHeartBeat == nullptr) {
+        return NY_ERR_COMM_NOT_CONNECTED;
+    }
+    return use.Info().pHeartBeat->SetPeriod(u4PeriodMs) ? 0 : NY_ERR_INVALID_ARGUMENT;
+}
+
 uint32_t CNyShmCommunication::IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact) {
     if (pbIntact == nullptr) {
         return NY_ERR_INVALID_ARGUMENT;

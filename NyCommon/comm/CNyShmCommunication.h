@@ -38,6 +38,7 @@ public:
     // Server side: whether the channel's files are still the ones this process created and its
     // event sets still exist (someone may remove them from outside).
     uint32_t IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact);
+    uint32_t SetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs);
 
     // Low-level request: writes blkHeader and its u4DataLen bytes of pData, sets the request
     // event, resets the response event and returns the result of waiting u4TimeoutMs for it.

@@ -93,6 +93,10 @@ uint32_t NyCommIsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact) {
     return Logged(ShmCommunication().IsIntact(hSession, pbIntact));
 }
 
+uint32_t NyCommSetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs) {
+    return Logged(ShmCommunication().SetBeatPeriod(hSession, u4PeriodMs));
+}
+
 uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession) {
     return Logged(ShmCommunication().Disconnect(hSession));
 }

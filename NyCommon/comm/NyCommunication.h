@@ -84,3 +84,6 @@ uint32_t NyCommIsConnected(NY_COMM_HANDLE hSession, EnBool* pbConnected);
 uint32_t NyCommIsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact);
 // Closes the channel in this process (and stops its heartbeat on the server side).
 uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession);
+// Server side: the channel's heartbeat beats every u4PeriodMs (1..10) when it has nothing else
+// to do, so that clients that arrive together wait less for their first beat.
+uint32_t NyCommSetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs);

@@ -36,8 +36,8 @@ uint32_t NyEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs) {
     return UnixEventWait(hEvent, u4TimeoutMs);
 }
 
-uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes) {
-    return UnixEventSetForWaiters(hEvent, u4MaxWakes);
+uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes, uint32_t* pu4Waiting) {
+    return UnixEventSetForWaiters(hEvent, u4MaxWakes, pu4Waiting);
 }
 
 EnBool NyEventIsPresent(NY_EVENT_HANDLE hEvent) {

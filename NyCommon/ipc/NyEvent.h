@@ -27,8 +27,10 @@ uint32_t NyEventReset(NY_EVENT_HANDLE hEvent);
 // (after about 1 ms); a positive time-out that expires returns the system's EAGAIN number.
 uint32_t NyEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs);
 // Sets the event, then sets it again for every waiter that took it, so that all the waiters
-// present are released, not just one (at most u4MaxWakes extra sets).
-uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes);
+// present are released, not just one (at most u4MaxWakes extra sets). *pu4Waiting (optional)
+// receives how many processes were waiting before the first set.
+uint32_t NyEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes,
+                              uint32_t* pu4Waiting = nullptr);
 // NY_TRUE while the object behind the handle still exists (nobody removed it from outside).
 EnBool NyEventIsPresent(NY_EVENT_HANDLE hEvent);
 // Drops this process's hold and frees the handle; the last holder removes the event.

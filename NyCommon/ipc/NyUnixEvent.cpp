@@ -260,7 +260,15 @@ uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent) {
 
 // The kernel hands a set state to one waiting process at once (inside SETVAL), so each further
 // set while GETNCNT reports waiters releases one more of them.
-uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes) {
+uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes, uint32_t* pu4Waiting) {
+    if (pu4Waiting != nullptr) {
+        *pu4Waiting = 0;
+        if (CheckHandle(hEvent) == NY_OK) {
+            int iWaiting =
+                semctl(static_cast<BlkEventTag*>(hEvent)->i4SemId, NY_SEM_STATE, GETNCNT);
+            *pu4Waiting = iWaiting > 0 ? static_cast<uint32_t>(iWaiting) : 0;
+        }
+    }
     uint32_t u4Result = SetState(hEvent, 1);
     if (u4Result != NY_OK) {
         return u4Result;

@@ -14,7 +14,7 @@ uint32_t UnixEventOpen(const char* szName, NY_EVENT_HANDLE* phEvent);
 uint32_t UnixEventSet(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventReset(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventWait(NY_EVENT_HANDLE hEvent, uint32_t u4TimeoutMs);
-uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes);
+uint32_t UnixEventSetForWaiters(NY_EVENT_HANDLE hEvent, uint32_t u4MaxWakes, uint32_t* pu4Waiting);
 bool UnixEventIsPresent(NY_EVENT_HANDLE hEvent);
 uint32_t UnixEventClose(NY_EVENT_HANDLE hEvent);
 

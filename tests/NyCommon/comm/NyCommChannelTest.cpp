@@ -185,6 +185,16 @@ protected:
         NyEventSet(hRequest);
         NyEventClose(hRequest);
     }
+    // Sends 4 bytes of data as the server's answer.
+    uint32_t Notify(uint32_t u4Data) {
+        BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Data, sizeof(u4Data)};
+        return server.Notify(hServer, &blkNotify);
+    }
+    uint32_t DataInRegion() {
+        uint32_t u4Data = 0;
+        NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4Data, sizeof(u4Data));
+        return u4Data;
+    }
     uint32_t Listen(uint32_t* pu4Data) {
         uint32_t u4Length = sizeof(*pu4Data);
         return server.Listen(hServer, pu4Data, &u4Length);
@@ -239,31 +249,6 @@ TEST_F(NyCommChannel, RefusedCallsMakeNothing) {
     EXPECT_EQ(NyCommDisconnect(hBogus), NY_ERR_COMM_NOT_CONNECTED);
 }
 
-// A second start or connect under a name this process holds returns the one channel, which one
-// disconnect closes: on the server's side, and on a client's.
-TEST_F(NyCommChannel, SecondStartOrConnectInOneProcessReusesTheChannel) {
-    NY_COMM_HANDLE hFirst = StartServer();
-    NY_COMM_HANDLE hClient = nullptr;
-    EXPECT_EQ(StartServer(), hFirst);
-    ASSERT_EQ(NyCommConnect(&m_blkParam, 500, &hClient), 0u);
-    EXPECT_EQ(hClient, hFirst);
-    EnBool bConnected = NY_FALSE;
-    EXPECT_EQ(NyCommIsConnected(hFirst, &bConnected), 0u);
-    EXPECT_EQ(bConnected, NY_TRUE);
-    EXPECT_EQ(NyCommDisconnect(hClient), 0u);
-    EXPECT_EQ(NyCommDisconnect(hFirst), NY_ERR_COMM_NOT_CONNECTED);
-
-    pid_t pidServer = Child([this] { return NyTestCommServe(m_strName, 1); });
-    NY_COMM_HANDLE hSecond = nullptr;
-    ASSERT_EQ(NyTestCommConnect(m_strName, &hFirst), 0u);
-    ASSERT_EQ(NyCommConnect(&m_blkParam, 500, &hSecond), 0u);
-    EXPECT_EQ(hFirst, hSecond);
-    EXPECT_EQ(CommitOnce(m_strName, Pattern(100, 4), hSecond), 0);
-    EXPECT_EQ(Reap(pidServer), 0);
-    EXPECT_EQ(NyCommDisconnect(hFirst), 0u);
-    EXPECT_EQ(NyCommDisconnect(hSecond), NY_ERR_COMM_NOT_CONNECTED);
-}
-
 TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
     pid_t pidFirst = Child([this] {
         int iResult = NyTestCommServe(m_strName, 1);
@@ -271,7 +256,10 @@ TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
         return iResult;
     });
     NY_COMM_HANDLE hSession = nullptr;
+    NY_COMM_HANDLE hSecond = nullptr;
     ASSERT_EQ(NyTestCommConnect(m_strName, &hSession), 0u);
+    ASSERT_EQ(NyCommConnect(&m_blkParam, 500, &hSecond), 0u);
+    EXPECT_EQ(hSession, hSecond);
     // A request of exactly the capacity is served; one byte more, or none at all, is refused.
     std::vector<uint8_t> vAnswer(CAPACITY + 1);
     EXPECT_EQ(NyCommCommit(hSession, vAnswer.data(), CAPACITY + 1, vAnswer.data(), CAPACITY),
@@ -291,46 +279,34 @@ TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
     EXPECT_EQ(NyCommWaitForSignal(hSession, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vAnswer.data(), 64),
               0u);
     EXPECT_EQ(vAnswer, NyTestCommAnswerFor(vRequest));
-    EXPECT_EQ(CommitOnce(m_strName, Pattern(64, 7), hSession), 0);
+    EXPECT_EQ(CommitOnce(m_strName, Pattern(64, 7), hSecond), 0);
     EXPECT_EQ(Reap(pidSecond), 0);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
+    EXPECT_EQ(NyCommDisconnect(hSecond), NY_ERR_COMM_NOT_CONNECTED);
 }
 
-TEST_F(NyCommChannel, NotificationWaitingBeforeTheClientWaitsIsDelivered) {
-    NY_COMM_HANDLE hSession = StartServer();
-    std::vector<uint8_t> vNote = Pattern(300, 7);
-    EXPECT_EQ(Answer(hSession, vNote), 0u);
-    pid_t pidClient = Child([&] {
-        NY_COMM_HANDLE hClient = nullptr;
-        std::vector<uint8_t> vBuffer(CAPACITY);
-        if (NyTestCommConnect(m_strName, &hClient) != 0 ||
-            NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vBuffer.data(),
-                                CAPACITY) != 0) {
-            return 1;
-        }
-        if (!std::equal(vNote.begin(), vNote.end(), vBuffer.begin())) {
-            return 3;
-        }
-        // Nothing more is pending: a wait with time-out 0 gives up.
-        return NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, 0, nullptr, 0) == NY_ERR_TIMEOUT ? 0
-                                                                                               : 4;
-    });
-    EXPECT_EQ(Reap(pidClient), 0);
-    EXPECT_EQ(NyCommDisconnect(hSession), 0u);
-}
-
-// A client forked while this process serves opens the channel afresh: a request too large for the
+// A client forked while this process serves opens the channel afresh and first takes a
+// notification posted before it waited (then nothing more is pending); a request too large for the
 // listen buffer stays in the region with its event consumed, an answer too large for the region
 // arrives empty and is logged, and the child's disconnect closes only its own channel.
 TEST_F(NyCommChannel, ForkedClientMeetsTheServersSizeLimits) {
     CNyTestLogCapture capture(false);  // the fixture started the library and its logger
     NY_COMM_HANDLE hSession = StartServer();
     std::vector<uint8_t> vRequest = Pattern(100, 5);
+    std::vector<uint8_t> vNote = Pattern(300, 7);
+    EXPECT_EQ(Answer(hSession, vNote), 0u);
     pid_t pidClient = Child([&] {
         NY_COMM_HANDLE hClient = nullptr;
         std::vector<uint8_t> vAnswer(CAPACITY, 0xEE);
         if (NyCommConnect(&m_blkParam, 500, &hClient) != 0 ||
-            CommitOnce(m_strName, vRequest, hClient) != 0 ||
+            NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, NY_WAIT_INFINITE, vAnswer.data(),
+                                CAPACITY) != 0 ||
+            !std::equal(vNote.begin(), vNote.end(), vAnswer.begin()) ||
+            NyCommWaitForSignal(hClient, COMM_SIGNAL_NONE, 0, nullptr, 0) != NY_ERR_TIMEOUT) {
+            return 3;
+        }
+        std::fill(vAnswer.begin(), vAnswer.end(), 0xEE);
+        if (CommitOnce(m_strName, vRequest, hClient) != 0 ||
             NyCommCommit(hClient, vAnswer.data(), 1, vAnswer.data(), CAPACITY) != 0) {
             return 1;
         }
@@ -357,10 +333,17 @@ TEST_F(NyCommChannel, ForkedClientMeetsTheServersSizeLimits) {
     EXPECT_NE(std::find(vErrors.begin(), vErrors.end(),
                         "CNyShmCommunication::InnerNotify()->data size too big!"),
               vErrors.end());
+    // A second start or connect under a name this process serves returns the one channel, which
+    // one disconnect closes (on a client's side: the restart test).
+    NY_COMM_HANDLE hClient = nullptr;
+    ASSERT_EQ(NyCommConnect(&m_blkParam, 500, &hClient), 0u);
+    EXPECT_EQ(hClient, hSession);
+    EXPECT_EQ(StartServer(), hSession);
     EnBool bConnected = NY_FALSE;
     EXPECT_EQ(NyCommIsConnected(hSession, &bConnected), 0u);
     EXPECT_EQ(bConnected, NY_TRUE);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
+    EXPECT_EQ(NyCommDisconnect(hClient), NY_ERR_COMM_NOT_CONNECTED);
 }
 
 TEST_F(ServerFixture, DefaultResponseAnswersByTheRequestsCommand) {
@@ -419,18 +402,16 @@ TEST_F(ServerFixture, AnswerToARequestThatAnotherClientReplacedIsNotWritten) {
     Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);
     ASSERT_EQ(Listen(&u4Data), 0u);
     Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 2);  // the first client died, a second came
-    uint32_t u4Answer = 0xAAAA;
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Answer, sizeof(u4Answer)};
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Notify(0xAAAA), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_REQUEST);
     ASSERT_EQ(Listen(&u4Data), 0u);
     EXPECT_EQ(u4Data, 2u);
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    EXPECT_EQ(Notify(0xAAAA), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
 }
 
 // The client is another process: the server sees its hold of the channel mutex.
-TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
+TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelAndTheRegionWhenItCloses) {
     pid_t pidClient = Child([this] {
         NY_MUTEX_HANDLE hMutex = nullptr;
         if (NyMutexCreate((m_strName + "_Mutex_Communication").c_str(), &hMutex) != 0 ||
@@ -444,30 +425,20 @@ TEST_F(ServerFixture, AnswerIsWipedOnceItsClientReleasedTheChannelMutex) {
     uint32_t u4Data = 0;
     for (int i = 0; i < 100 && Listen(&u4Data) != 0; ++i) {
     }
-    uint32_t u4Pin = 0x31323334;
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Pin, sizeof(u4Pin)};
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);
+    constexpr uint32_t u4Pin = 0x31323334;
+    EXPECT_EQ(Notify(u4Pin), 0u);
     NyOsSleep(50);
-    uint32_t u4InRegion = 0;
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, u4Pin) << "wiped while its client still held the channel";
+    EXPECT_EQ(DataInRegion(), u4Pin) << "wiped while its client still held the channel";
     EXPECT_EQ(0, Reap(pidClient));
     NyOsSleep(30);
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, 0u);
+    EXPECT_EQ(DataInRegion(), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
-}
-
-TEST_F(ServerFixture, RegionIsWipedWhenTheServerClosesTheChannel) {
-    uint32_t u4Pin = 0x31323334;
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, &u4Pin, sizeof(u4Pin)};
-    EXPECT_EQ(server.Notify(hServer, &blkNotify), 0u);  // not an answer: nothing wipes it early
+    // A notification that answers no request stays (its clients read it without the mutex),
+    // until the server closes the channel.
+    EXPECT_EQ(Notify(u4Pin), 0u);
     NyOsSleep(30);
-    uint32_t u4InRegion = 0;
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, u4Pin);
+    EXPECT_EQ(DataInRegion(), u4Pin);
     EXPECT_EQ(server.Disconnect(hServer), 0u);
     hServer = nullptr;
-    NyShareMemRead(hShm, COMM_DATA_OFFSET, &u4InRegion, sizeof(u4InRegion));
-    EXPECT_EQ(u4InRegion, 0u);
+    EXPECT_EQ(DataInRegion(), 0u);
 }

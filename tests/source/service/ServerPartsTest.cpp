@@ -41,16 +41,19 @@ protected:
     GUIService m_service;
 };
 
-TEST_F(ServiceRequestTest, FailedDialogCommandsAreAnsweredInClearWithTheirResult) {
+TEST_F(ServiceRequestTest, FailedDialogsAreAnsweredInClearOtherCommandsUnderTheirSeed) {
     struct {
         uint32_t u4CmdType;
         uint32_t u4Mode;
         uint32_t u4ExpectedRes;
+        uint32_t u4Protected;  // of the answer
     } aCases[] = {
-        {UI_CMD_MESSAGE, 0, UI_RESULT_NOT_PROCESSED},
-        {UI_CMD_CHANGE_LABEL, UI_MODE_ASYNC, UI_RESULT_START_FAILED},
-        {UI_CMD_NO_DIALOG_2, 0, UI_RESULT_NOT_PROCESSED},
-        {UI_CMD_NO_DIALOG_1, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED},
+        {UI_CMD_MESSAGE, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
+        {UI_CMD_CHANGE_LABEL, UI_MODE_ASYNC, UI_RESULT_START_FAILED, UI_PARAM_CLEAR},
+        {UI_CMD_NO_DIALOG_2, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
+        {UI_CMD_NO_DIALOG_1, UI_MODE_ASYNC, UI_RESULT_NOT_PROCESSED, UI_PARAM_CLEAR},
+        // Not a dialog: answered under the request's own seed.
+        {0x20000, 0, UI_RESULT_NOT_PROCESSED, UI_PARAM_PROTECTED},
     };
     for (const auto& c : aCases) {
         SCOPED_TRACE(c.u4CmdType);
@@ -62,9 +65,19 @@ TEST_F(ServiceRequestTest, FailedDialogCommandsAreAnsweredInClearWithTheirResult
         ASSERT_EQ(NY_OK, UiParamEnc(&blkReq));
 
         tagBlkUiParam blkAnswer;
-        EXPECT_NE(NY_OK, Process(blkReq, sizeof(blkReq), &blkAnswer));
+        // A failed dialog reports its failure; a command that is no dialog succeeds.
+        EXPECT_EQ(c.u4Protected == UI_PARAM_CLEAR,
+                  Process(blkReq, sizeof(blkReq), &blkAnswer) != NY_OK);
         EXPECT_EQ(c.u4ExpectedRes, blkAnswer.enRes);
-        EXPECT_EQ(UI_PARAM_CLEAR, blkAnswer.u4Protected);
+        ASSERT_EQ(c.u4Protected, blkAnswer.u4Protected);
+        if (c.u4Protected == UI_PARAM_PROTECTED) {
+            EXPECT_EQ(0, memcmp(s_au1Seed, blkAnswer.au1KeySeed, sizeof(s_au1Seed)));
+            EXPECT_EQ(
+                0, memcmp(NyUiParamBytes(&blkReq, NY_UI_PROTECTED_OFFSET),
+                          NyUiParamBytes(&blkAnswer, NY_UI_PROTECTED_OFFSET), NY_UI_PROTECTED_SIZE))
+                << "an unchanged payload enciphers to the request's own cipher text";
+            ASSERT_EQ(NY_OK, UiParamDec(&blkAnswer));
+        }
         EXPECT_EQ(0xABCD1234u, NyUiParamGetU4(&blkAnswer, 400));
     }
 }
@@ -87,7 +100,7 @@ TEST_F(ServiceRequestTest, DialogThatCannotRunLeavesItsTrailInTheLog) {
     EXPECT_EQ(std::vector<std::string>{szResult}, capture.MessagesAt(LOG_INFO));
 }
 
-TEST_F(ServiceRequestTest, ShortAnswerBufferOrNoChannelIsRefused) {
+TEST_F(ServiceRequestTest, ShortAnswerBuffersOrNoChannelAreRefused) {
     tagBlkUiParam blkReq = {};
     std::vector<uint8_t> vSmall(NY_UI_PARAM_SIZE - 1);
     uint32_t u4Size = static_cast<uint32_t>(vSmall.size());
@@ -99,15 +112,14 @@ TEST_F(ServiceRequestTest, ShortAnswerBufferOrNoChannelIsRefused) {
     // Without a dialog, status and update leave their block alone and succeed.
     EXPECT_EQ(NY_OK, m_service.GetStatus(NyUiParamBytes(&blkReq, 0), &u4Size));
     EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
+    // The main session's request handler, likewise.
+    u4Size = MAIN_SESSION_RECORD_SIZE - 1;
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(NyUiParamBytes(&blkReq, 0), sizeof(blkReq),
+                                                         vSmall.data(), &u4Size));
+    EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
 }
 
-TEST(MainRequestTest, ShortAnswerBufferAndNamesThatDoNotFitAreRefused) {
-    BlkMainSessionRequestTag blkReq = {};
-    uint8_t au1Resp[MAIN_SESSION_RECORD_SIZE - 1];
-    uint32_t u4Size = sizeof(au1Resp);
-    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(reinterpret_cast<const uint8_t*>(&blkReq),
-                                                         sizeof(blkReq), au1Resp, &u4Size));
-    EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
+TEST(MainRequestTest, NamesThatDoNotFitAreCutAndEmptyNamesRefused) {
     std::string strLong(300, 'n');
     char szName[MAIN_SESSION_NAME_BUFFER];
     CopyMainSessionName(strLong.c_str(), szName);
@@ -134,10 +146,7 @@ TEST(ClientLivenessTest, GoneProcessLivesOnlyThroughIdsThatContainItsId) {
         {"no process contains the id", {"1", "self", "net"}, u4Dead, false},
         {"a longer id contains it", {"1", "9" + strDead + "1"}, u4Dead, true},
         {"a non-numeric entry containing it does not count", {"x" + strDead}, u4Dead, false},
-        {"a prefix of the id does not count",
-         {strDead.substr(0, strDead.size() - 1)},
-         u4Dead,
-         false},
+        {"an id prefix does not count", {strDead.substr(0, strDead.size() - 1)}, u4Dead, false},
         {"a check that cannot run counts as alive", {}, u4Dead, true},
     };
     EXPECT_TRUE(IsClientProcessAlive(u4Self));

@@ -68,7 +68,7 @@ keccak-pad ~~ NyCommon/crypto/NyKeccak.cpp ~~ test_NyCommon_crypto ~~ XorByte(au
 hash-sha384 ~~ NyCommon/crypto/NyHash.cpp ~~ test_NyCommon_crypto ~~ {NY_HASH_SHA384, 48, 128, 64, "SHA384"}, ~~ {NY_HASH_SHA384, 48, 128, 64, "SHA512"},
 comm-event-suffix ~~ NyCommon/comm/CNyShmCommunication.cpp ~~ test_NyCommon_comm ~~ const char* const SZ_SUFFIX_RESPONSE = "_Event_Response"; ~~ const char* const SZ_SUFFIX_RESPONSE = "_Event_Respons";
 session-users ~~ NyCommon/comm/CCommShmSessionRecord.cpp ~~ test_NyCommon_comm ~~ ++it->second.u4Users;\n        Store(it, hSession, pInfo, nullptr); ~~ Store(it, hSession, pInfo, nullptr);
-heartbeat-set ~~ NyCommon/comm/CCommHeartBeat.cpp ~~ test_NyCommon_comm ~~ u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES); ~~ u4Result = 0;
+heartbeat-set ~~ NyCommon/comm/CCommHeartBeat.cpp ~~ test_NyCommon_comm ~~ u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES, &u4Waiting); ~~ u4Result = 0;
 liveness-substring ~~ source/ClientLiveness.cpp ~~ test_source_service ~~ bFound = IsAllDigits(pEntry->d_name) && strstr(pEntry->d_name, szPid) != nullptr; ~~ bFound = IsAllDigits(pEntry->d_name) && strcmp(pEntry->d_name, szPid) == 0;
 main-server-pid ~~ source/MainServer.cpp ~~ test_source_service ~~ blkResp.uServerPid = NyOsGetCurrentPid(); ~~ blkResp.uServerPid = 0;
 main-level ~~ source/MainServer.cpp ~~ test_source_service ~~ return u4Result != NY_OK ? LOG_ERROR : LOG_TRACE; ~~ return u4Result != NY_OK ? LOG_INFO : LOG_TRACE;

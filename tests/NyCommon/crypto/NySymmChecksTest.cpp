@@ -14,59 +14,47 @@ constexpr uint32_t kInvalid = NY_ERR_INVALID_ARGUMENT;
 constexpr uint32_t kNotBlocks = NY_ERR_SYMM_NOT_BLOCKS;
 constexpr uint32_t kTooSmall = NY_ERR_BUFFER_TOO_SMALL;
 
-struct CheckCase {
-    const char* szName;
-    uint32_t u4AlgId;
-    bool bCbcNoIv;  // the CBC entry without an IV; otherwise ECB
-    bool bNullKey, bNullIn, bNullOutLen, bNullOut;
-    uint32_t u4InLen, u4Capacity, u4Expected, u4ExpectedLen;
-};
-void PrintTo(const CheckCase& c, std::ostream* pOs) {
-    *pOs << c.szName;
+// Which arguments a row passes as null, and whether it calls the CBC entry without an IV.
+enum : uint32_t { CBC = 1, NO_KEY = 2, NO_IN = 4, NO_LEN = 8, NO_OUT = 16 };
+
+TEST(SymmChecks, ReturnsTheCodeOfTheFirstFailingCheckAndWritesOnlyOnSuccess) {
+    const struct {
+        uint32_t u4AlgId, u4Flags, u4InLen, u4Capacity, u4Expected, u4ExpectedLen;
+    } aCases[] = {
+        {3, 0, 16, 16, kInvalid, 16},                      // unknown identifier
+        {64, NO_KEY | NO_IN | NO_OUT, 0, 0, kInvalid, 0},  // unknown beats missing
+        {NY_SYMM_AES128, NO_KEY, 16, 16, kInvalid, 16},
+        {NY_SYMM_AES128, NO_IN, 16, 16, kInvalid, 16},
+        {NY_SYMM_AES128, NO_LEN, 16, 16, kInvalid, 16},
+        {NY_SYMM_AES128, 0, 0, 16, kInvalid, 16},  // zero length
+        {NY_SYMM_TDES_3KEY, 0, 3100, 3104, kNotBlocks, 3104},
+        {NY_SYMM_RC2_40, NO_OUT, 12, 0, kNotBlocks, 0},  // partial block beats size query
+        {NY_SYMM_TDES_3KEY, NO_OUT, 3104, 0, 0, 3104},   // size query
+        {NY_SYMM_UNSUPPORTED_5, NO_OUT, 7, 0, 0, 7},     // size query of a refused identifier
+        {NY_SYMM_AES256, 0, 48, 32, kTooSmall, 48},
+        {NY_SYMM_UNSUPPORTED_5, 0, 5, 5, kInvalid, 5},
+        {NY_SYMM_AES128, CBC, 16, 16, kInvalid, 16},
+        {NY_SYMM_RC4, CBC, 7, 7, 0, 7},  // RC4 needs no IV
+        {NY_SYMM_TDES_3KEY, 0, 3104, 4000, 0, 3104},
+    };
+    for (const auto& c : aCases) {
+        std::vector<uint8_t> vIn(c.u4InLen + 1, 0x33), vOut(c.u4Capacity + 1, 0xEE);
+        uint32_t u4Len = c.u4Capacity;
+        const uint8_t* pu1Key = (c.u4Flags & NO_KEY) ? nullptr : kKey;
+        const uint8_t* pu1In = (c.u4Flags & NO_IN) ? nullptr : vIn.data();
+        uint8_t* pu1Out = (c.u4Flags & NO_OUT) ? nullptr : vOut.data();
+        uint32_t* pu4Len = (c.u4Flags & NO_LEN) ? nullptr : &u4Len;
+        EXPECT_EQ((c.u4Flags & CBC)
+                      ? NySymmEncCbc(c.u4AlgId, pu1Key, nullptr, pu1In, c.u4InLen, pu1Out, pu4Len)
+                      : NySymmEncEcb(c.u4AlgId, pu1Key, pu1In, c.u4InLen, pu1Out, pu4Len),
+                  c.u4Expected)
+            << c.u4AlgId << " flags " << c.u4Flags << " length " << c.u4InLen;
+        EXPECT_EQ(u4Len, c.u4ExpectedLen) << c.u4AlgId << " length " << c.u4InLen;
+        const bool bWritten = vOut != std::vector<uint8_t>(c.u4Capacity + 1, 0xEE);
+        EXPECT_EQ(bWritten, c.u4Expected == NY_OK && pu1Out != nullptr) << c.u4AlgId;
+        EXPECT_EQ(vOut[c.u4Capacity], 0xEE) << "wrote past the output";
+    }
 }
-
-const CheckCase kChecks[] = {
-    {"unknown identifier", 3, false, false, false, false, false, 16, 16, kInvalid, 16},
-    {"unknown beats missing", 64, false, true, true, false, true, 0, 0, kInvalid, 0},
-    {"null key", NY_SYMM_AES128, false, true, false, false, false, 16, 16, kInvalid, 16},
-    {"null input", NY_SYMM_AES128, false, false, true, false, false, 16, 16, kInvalid, 16},
-    {"null out length", NY_SYMM_AES128, false, false, false, true, false, 16, 16, kInvalid, 16},
-    {"zero length", NY_SYMM_AES128, false, false, false, false, false, 0, 16, kInvalid, 16},
-    {"3DES 3100 bytes", NY_SYMM_TDES_3KEY, false, false, false, false, false, 3100, 3104,
-     kNotBlocks, 3104},
-    {"partial block beats size query", NY_SYMM_RC2_40, false, false, false, false, true, 12, 0,
-     kNotBlocks, 0},
-    {"size query", NY_SYMM_TDES_3KEY, false, false, false, false, true, 3104, 0, 0, 3104},
-    {"size query, refused id", NY_SYMM_UNSUPPORTED_5, false, false, false, false, true, 7, 0, 0, 7},
-    {"output too small", NY_SYMM_AES256, false, false, false, false, false, 48, 32, kTooSmall, 48},
-    {"refused identifier", NY_SYMM_UNSUPPORTED_5, false, false, false, false, false, 5, 5, kInvalid,
-     5},
-    {"CBC without IV", NY_SYMM_AES128, true, false, false, false, false, 16, 16, kInvalid, 16},
-    {"RC4 via CBC without IV", NY_SYMM_RC4, true, false, false, false, false, 7, 7, 0, 7},
-    {"3DES 3104 bytes", NY_SYMM_TDES_3KEY, false, false, false, false, false, 3104, 4000, 0, 3104},
-};
-
-class SymmChecks : public testing::TestWithParam<CheckCase> {};
-
-TEST_P(SymmChecks, ReturnsTheCodeOfTheFirstFailingCheckAndWritesOnlyOnSuccess) {
-    const CheckCase& c = GetParam();
-    std::vector<uint8_t> vIn(c.u4InLen + 1, 0x33), vOut(c.u4Capacity + 1, 0xEE);
-    uint32_t u4Len = c.u4Capacity;
-    const uint8_t* pu1Key = c.bNullKey ? nullptr : kKey;
-    const uint8_t* pu1In = c.bNullIn ? nullptr : vIn.data();
-    uint8_t* pu1Out = c.bNullOut ? nullptr : vOut.data();
-    uint32_t* pu4Len = c.bNullOutLen ? nullptr : &u4Len;
-    EXPECT_EQ(c.bCbcNoIv
-                  ? NySymmEncCbc(c.u4AlgId, pu1Key, nullptr, pu1In, c.u4InLen, pu1Out, pu4Len)
-                  : NySymmEncEcb(c.u4AlgId, pu1Key, pu1In, c.u4InLen, pu1Out, pu4Len),
-              c.u4Expected);
-    EXPECT_EQ(u4Len, c.u4ExpectedLen);
-    const bool bWritten = vOut != std::vector<uint8_t>(c.u4Capacity + 1, 0xEE);
-    EXPECT_EQ(bWritten, c.u4Expected == NY_OK && pu1Out != nullptr);
-    EXPECT_EQ(vOut[c.u4Capacity], 0xEE) << "wrote past the output";
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, SymmChecks, testing::ValuesIn(kChecks));
 
 // Callers encipher in place (the UI block's protected region, for one).
 TEST(SymmInPlace, SameBufferForInputAndOutputGivesTheSameResultAndRc4RefusesAnIv) {

@@ -49,7 +49,7 @@ const struct {
      "629379540c17e2a65b19d77aa511a9d00bb96"},
 };
 
-TEST(HashData, DigestsToThePublishedValuesAndWritesNoFurther) {
+TEST(HashData, DigestsToThePublishedValuesAndRefusesWithZero) {
     for (const auto& v : kVectors) {
         std::vector<uint8_t> vDigest(NY_HASH_MAX_DIGEST + 1, 0xCC);
         const uint32_t u4Len = NyHashData(v.u4AlgId, reinterpret_cast<const uint8_t*>(v.szMessage),
@@ -58,9 +58,7 @@ TEST(HashData, DigestsToThePublishedValuesAndWritesNoFurther) {
         EXPECT_EQ(NyTestToHex(vDigest.data(), u4Len), v.szDigest) << std::hex << v.u4AlgId;
         EXPECT_EQ(vDigest[u4Len], 0xCC) << std::hex << v.u4AlgId;
     }
-}
-
-TEST(HashData, RefusesWithZeroAndWritesNothing) {
+    // Refusals return zero and write nothing.
     const uint8_t au1Data[3] = {'a', 'b', 'c'};
     const struct {
         uint32_t u4AlgId;

@@ -46,29 +46,21 @@ TEST(NyConvert, WideAndMultiByteByCodePageBothWays) {
 
 TEST(NyConvert, SizeQueryAndTooSmallBufferReportTheNeededSize) {
     const wchar_t* szWide = L"\u4E2D\u6587";  // 6 bytes of UTF-8, plus the NUL
-    uint32_t u4Len = 0;
-    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, nullptr, &u4Len), NY_OK);
-    EXPECT_EQ(u4Len, 7u);
-
     char szOut[7];
     memset(szOut, '#', sizeof(szOut));
-    u4Len = 6;
-    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &u4Len), NY_ERR_BUFFER_TOO_SMALL);
-    EXPECT_EQ(u4Len, 7u);
+    wchar_t szWideOut[4];
+    uint32_t au4Len[] = {0, 6, 7, 0, 3};  // capacities: size query, one short, exact; both ways
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, nullptr, &au4Len[0]), NY_OK);
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &au4Len[1]),
+              NY_ERR_BUFFER_TOO_SMALL);
     EXPECT_EQ(szOut[0], '\0') << "a refused conversion leaves an empty text";
     EXPECT_EQ(szOut[6], '#') << "wrote past the capacity";
-
-    u4Len = 7;
-    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &u4Len), NY_OK);
-    EXPECT_EQ(u4Len, 7u);
-
-    u4Len = 0;
-    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, nullptr, &u4Len), NY_OK);
-    EXPECT_EQ(u4Len, 4u);  // wide characters, NUL included
-    wchar_t szWideOut[4];
-    u4Len = 3;
-    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, szWideOut, &u4Len), NY_ERR_BUFFER_TOO_SMALL);
-    EXPECT_EQ(u4Len, 4u);
+    EXPECT_EQ(NyWideCharToMultiByte(szWide, NY_CP_UTF8, szOut, &au4Len[2]), NY_OK);
+    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, nullptr, &au4Len[3]), NY_OK);
+    EXPECT_EQ(NyMultiByteToWideChar("abc", NY_CP_UTF8, szWideOut, &au4Len[4]),
+              NY_ERR_BUFFER_TOO_SMALL);
+    // The needed size each time; wide sizes count characters, NUL included.
+    EXPECT_EQ(std::vector<uint32_t>(au4Len, au4Len + 5), (std::vector<uint32_t>{7, 7, 7, 4, 4}));
 }
 
 TEST(NyConvert, BadInputIsRefusedWithItsCodeAndLogged) {

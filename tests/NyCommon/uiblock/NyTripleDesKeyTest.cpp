@@ -18,7 +18,7 @@ const std::pair<const char*, const char*> kKeyVectors[] = {
     {"8f3a5c217e90b4d6c1f02a9e3b7d5468", "5a4a3578b8818f06d492ec193d0c1aa98fa2a082d42c4361"},
 };
 
-TEST(TripleDesKey, DerivesTheIndependentlyComputedKeysFromTheFirstSixteenSeedBytes) {
+TEST(TripleDesKey, DerivesTheIndependentlyComputedKeysAndRefusesBadBuffers) {
     for (const auto& v : kKeyVectors) {
         std::vector<uint8_t> vSeed = NyTestFromHex(v.first);
         uint8_t au1Key[NY_TDES_KEY_SIZE] = {};
@@ -33,9 +33,7 @@ TEST(TripleDesKey, DerivesTheIndependentlyComputedKeysFromTheFirstSixteenSeedByt
         EXPECT_EQ(i4Len, NY_TDES_KEY_SIZE);
         EXPECT_EQ(NyTestToHex(vKey), std::string(v.second) + "cccccccccccccccc");
     }
-}
-
-TEST(TripleDesKey, RefusesShortOrMissingBuffersAndWritesNothing) {
+    // Short or missing buffers are refused and nothing is written.
     const uint8_t au1Seed[16] = {1};
     const struct {
         const uint8_t* pu1Seed;

@@ -13,7 +13,7 @@ std::vector<uint8_t> Bytes(const tagBlkUiParam& blk) {
     return std::vector<uint8_t>(NyUiParamBytes(&blk, 0), NyUiParamBytes(&blk, sizeof(blk)));
 }
 
-TEST(UiParamU4, LittleEndianAtUnalignedOffsetsNothingOutsideTheBlock) {
+TEST(UiParamLayout, LittleEndianFieldsAtUnalignedOffsetsAndAFullLengthPin) {
     for (uint32_t u4Offset : {UI_OFS_VERIFY_PIN_LEN, UI_OFS_CHANGE_OLD_PIN_LEN,
                               UI_OFS_UNBLOCK_USER_PIN_LEN, UI_OFS_CHANGE_NEW_PIN_LEN, 4092u}) {
         tagBlkUiParam blk;
@@ -31,9 +31,7 @@ TEST(UiParamU4, LittleEndianAtUnalignedOffsetsNothingOutsideTheBlock) {
         EXPECT_EQ(Bytes(blk), vExpected) << "wrote past the block";
         EXPECT_EQ(NyUiParamGetU4(&blk, 4093), 0u);
     }
-}
-
-TEST(UiParamPin, AThirtyTwoCharacterPinEndsInTheFieldsLastByte) {
+    // A thirty-two character PIN ends in its field's last byte, before the length field.
     tagBlkUiParam blk;
     memset(&blk, 0xAB, sizeof(blk));
     const char szPin[] = "0123456789abcdef0123456789ABCDEF";
@@ -47,18 +45,16 @@ TEST(UiParamPin, AThirtyTwoCharacterPinEndsInTheFieldsLastByte) {
 }
 
 TEST(UiParamReturnData, FollowsTheSizeQueryConvention) {
+    enum : int { NO_SRC = 1, NO_OUT = 2, NO_LEN = 4 };  // arguments a row passes as null
     const struct {
-        const char* szName;
-        bool bNullSrc, bNullOut, bNullLen;
-        uint32_t u4Capacity, u4Expected, u4ExpectedLen;
-    } aCases[] = {
-        {"null size pointer", false, false, true, 4096, NY_ERR_INVALID_ARGUMENT, 4096},
-        {"null source", true, false, false, 4096, NY_ERR_BAD_ARGUMENT, 4096},
-        {"size query", false, true, false, 0, NY_OK, 4096},
-        {"one byte short", false, false, false, 4095, NY_ERR_BUFFER_TOO_SMALL, 4096},
-        {"exact", false, false, false, 4096, NY_OK, 4096},
-        {"larger", false, false, false, 5000, NY_OK, 4096},
-    };
+        int iNull;
+        uint32_t u4Capacity, u4Expected;
+    } aCases[] = {{NO_LEN, 4096, NY_ERR_INVALID_ARGUMENT},
+                  {NO_SRC, 4096, NY_ERR_BAD_ARGUMENT},
+                  {NO_OUT, 0, NY_OK},
+                  {0, 4095, NY_ERR_BUFFER_TOO_SMALL},
+                  {0, 4096, NY_OK},
+                  {0, 5000, NY_OK}};
     tagBlkUiParam blk;
     for (uint32_t i = 0; i < sizeof(blk); ++i) {
         *NyUiParamBytes(&blk, i) = uint8_t(i * 3);
@@ -66,15 +62,15 @@ TEST(UiParamReturnData, FollowsTheSizeQueryConvention) {
     for (const auto& c : aCases) {
         std::vector<uint8_t> vOut(5000, 0xEE);
         uint32_t u4Len = c.u4Capacity;
-        EXPECT_EQ(
-            NyGetReturnData(c.bNullSrc ? nullptr : &blk, sizeof(blk),
-                            c.bNullOut ? nullptr : vOut.data(), c.bNullLen ? nullptr : &u4Len),
-            c.u4Expected)
-            << c.szName;
-        EXPECT_EQ(c.bNullLen ? 4096 : u4Len, c.u4ExpectedLen) << c.szName;
+        EXPECT_EQ(NyGetReturnData((c.iNull & NO_SRC) ? nullptr : &blk, sizeof(blk),
+                                  (c.iNull & NO_OUT) ? nullptr : vOut.data(),
+                                  (c.iNull & NO_LEN) ? nullptr : &u4Len),
+                  c.u4Expected)
+            << c.iNull << " capacity " << c.u4Capacity;
+        EXPECT_EQ(u4Len, (c.iNull & NO_LEN) ? c.u4Capacity : 4096u) << c.u4Capacity;
         const bool bCopied = memcmp(vOut.data(), &blk, sizeof(blk)) == 0;
-        EXPECT_EQ(bCopied, c.u4Expected == NY_OK && !c.bNullOut) << c.szName;
-        EXPECT_EQ(vOut[4096], 0xEE) << c.szName;
+        EXPECT_EQ(bCopied, c.u4Expected == NY_OK && !(c.iNull & NO_OUT)) << c.u4Capacity;
+        EXPECT_EQ(vOut[4096], 0xEE) << c.u4Capacity;
     }
 }
 

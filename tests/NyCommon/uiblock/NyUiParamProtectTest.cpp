@@ -30,7 +30,7 @@ std::vector<uint8_t> Range(const tagBlkUiParam& blk, uint32_t u4From, uint32_t u
 
 // Expected blocks: three-key triple DES, ECB, under the key Python's hashlib derives for this
 // seed (42aeb40c...185c2cc9), enciphered with a separate DES tool.
-TEST(UiParamProtect, EnciphersExactlyTheProtectedRegionAndRoundTrips) {
+TEST(UiParamProtect, EnciphersExactlyTheProtectedRegionRoundTripsAndHonoursTheFlag) {
     const tagBlkUiParam blkPlain = MakeBlock(UI_PARAM_CLEAR);
     tagBlkUiParam blk = blkPlain;
     ASSERT_EQ(UiParamEnc(&blk), NY_OK);
@@ -46,9 +46,7 @@ TEST(UiParamProtect, EnciphersExactlyTheProtectedRegionAndRoundTrips) {
     EXPECT_EQ(Range(blk, 0, 4096), Range(blkPlain, 0, 4096));
     ASSERT_EQ(UiParamEnc(&blk), NY_OK);
     EXPECT_EQ(Range(blk, 0, 4096), Range(blkProtected, 0, 4096));
-}
-
-TEST(UiParamProtect, FlagDecidesWhetherTheBlockIsTouched) {
+    // The flag decides whether the block is touched.
     const struct {
         bool bEncrypt;
         uint32_t u4FlagIn;

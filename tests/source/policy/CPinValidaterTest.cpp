@@ -19,29 +19,11 @@ std::string Text(CConfig* pCfg, unsigned int u4Id) {
     return sz;
 }
 
-struct BlkValidateCaseTag {
-    const char* szOld;
-    const char* szNew;
-    const char* szConfirm;
-    int iExpected;
-};
-
-void ExpectVerdicts(CPinValidater* pValidater, const std::vector<BlkValidateCaseTag>& vCases) {
-    for (const BlkValidateCaseTag& c : vCases) {
-        EXPECT_EQ(pValidater->Validate(c.szOld, c.szNew, c.szConfirm), c.iExpected)
-            << "old " << (c.szOld ? c.szOld : "(null)") << " new " << (c.szNew ? c.szNew : "(null)")
-            << " confirm " << (c.szConfirm ? c.szConfirm : "(null)");
-    }
-}
-
 // New PINs confirmed as typed, against an unrelated old PIN.
-struct BlkPinCaseTag {
-    const char* szPin;
-    int iExpected;
-};
-void ExpectPinVerdicts(CPinValidater* pValidater, const std::vector<BlkPinCaseTag>& vCases) {
-    for (const BlkPinCaseTag& c : vCases) {
-        EXPECT_EQ(pValidater->Validate("x", c.szPin, c.szPin), c.iExpected) << c.szPin;
+void ExpectPinVerdicts(CPinValidater* pValidater,
+                       const std::vector<std::pair<const char*, int>>& vCases) {
+    for (const auto& c : vCases) {
+        EXPECT_EQ(pValidater->Validate("x", c.first, c.first), c.second) << c.first;
     }
 }
 
@@ -55,7 +37,6 @@ constexpr int ONE_CLASS = VALIDATE_RESULT_ONLY_CHARS_OR_NUMBERS;
 TEST(CPinValidater, VerdictsWhenSingleClassPinsAreAllowed) {
     CNyTestConfig cfg;  // the product allows letters-only and digits-only PINs
     CPinValidater validater(cfg.Get());
-    ExpectVerdicts(&validater, {});
     // clang-format off
     ExpectPinVerdicts(&validater, {
         {"123456", RUN}, {"111111", SAME}, {"1234561", RUN}, {"12345", OK}, {"123457", OK},
@@ -65,6 +46,8 @@ TEST(CPinValidater, VerdictsWhenSingleClassPinsAreAllowed) {
         {"aaaaa1", OK}, {"a1b2c3", OK}, {"qwerty", OK}, {"", OK}});
     // clang-format on
     EXPECT_EQ(validater.Validate(nullptr), VALIDATE_RESULT_NULL);
+    // Default construction reads the built-in configuration.
+    EXPECT_EQ(CPinValidater().Validate("x", "qw1111111", "qw1111111"), SAME);
 }
 
 TEST(CPinValidater, SingleClassRuleComesFirstWhenForbiddenAndAMissingSettingAllowsIt) {
@@ -85,12 +68,6 @@ TEST(CPinValidater, SingleClassRuleComesFirstWhenForbiddenAndAMissingSettingAllo
     EXPECT_STREQ(sz, "密码不能全部是数字或全部是字母");
 }
 
-TEST(CPinValidater, DefaultConstructionReadsTheBuiltInConfiguration) {
-    CPinValidater validater;
-    EXPECT_EQ(validater.Validate("qwerty"), VALIDATE_RESULT_OK);
-    EXPECT_EQ(validater.Validate("x", "qw1111111", "qw1111111"), VALIDATE_RESULT_SAME_ADJACENT);
-}
-
 // A predicate over the inputs it must refuse and those it must accept (nullptr among them).
 template <typename Fn>
 void ExpectPredicate(const char* szName, Fn fn, const std::vector<const char*>& vFalse,
@@ -102,7 +79,7 @@ void ExpectPredicate(const char* szName, Fn fn, const std::vector<const char*>& 
     }
 }
 
-TEST(CPinValidater, RunPredicates) {
+TEST(CPinValidater, RunAndWholeStringPredicates) {
     CPinValidater v;
     ExpectPredicate("AreThereConsecutiveChars",
                     [&](const char* s) { return v.AreThereConsecutiveChars(s); },
@@ -121,10 +98,7 @@ TEST(CPinValidater, RunPredicates) {
     ExpectPredicate("IsOnlyCharsOrNumbers",
                     [&](const char* s) { return v.IsOnlyCharsOrNumbers(s); },
                     {nullptr, "a1", "ab!", "12 3"}, {"", "aBcD", "0123"});
-}
-
-TEST(CPinValidater, WholeStringPredicatesKeepTheirQuirks) {
-    CPinValidater v;
+    // Whole-string predicates keep their quirks.
     ExpectPredicate("IsSameAdjacentString",
                     [&](const char* s) { return v.IsSameAdjacentString(s); }, {"aaaaa", "aaaaaab"},
                     {"aaaaaa", "aaaaaaaa"});
@@ -145,7 +119,7 @@ TEST(CPinValidater, WholeStringPredicatesKeepTheirQuirks) {
     EXPECT_FALSE(v.IsDescendingConsecutiveString("98765", 0));
 }
 
-TEST(CPinValidater, DoubledStepPredicates) {
+TEST(CPinValidater, DoubledStepPredicatesAndStrength) {
     CPinValidater v;
     ExpectPredicate(
         "AreThereRedupConsecutiveCharsFromBegin ascending",
@@ -165,10 +139,7 @@ TEST(CPinValidater, DoubledStepPredicates) {
     // An odd length is padded with 0x01: only a run that ends just before it fits.
     EXPECT_TRUE(v.IsRedupConsecutiveString("\x04\x04\x03\x03\x02\x02\x01", false));
     EXPECT_TRUE(v.IsRedupConsecutiveString("332211", false));
-}
-
-TEST(CPinValidater, StrengthFromRunsAndCharacterClasses) {
-    CPinValidater v;
+    // Strength from runs and character classes.
     const struct {
         const char* sz;
         int iStrength;
@@ -177,32 +148,27 @@ TEST(CPinValidater, StrengthFromRunsAndCharacterClasses) {
     for (const auto& c : aCases) {
         EXPECT_EQ(v.CheckStrength(c.sz), c.iStrength) << (c.sz ? c.sz : "(null)");
     }
-    const struct {
-        unsigned int u4Mask;
-        int iCount;
-    } aMasks[] = {{0, 0}, {1, 1}, {0xA, 2}, {0xF, 4}, {0x10, 0}, {0xFFFFFFF7u, 3}};
+    const std::pair<unsigned int, int> aMasks[] = {{0, 0},   {1, 1},    {0xA, 2},
+                                                   {0xF, 4}, {0x10, 0}, {0xFFFFFFF7u, 3}};
     for (const auto& c : aMasks) {
-        EXPECT_EQ(HowManyTypes(c.u4Mask), c.iCount) << std::hex << c.u4Mask;
+        EXPECT_EQ(HowManyTypes(c.first), c.second) << std::hex << c.first;
     }
 }
 
 TEST(CPinValidater, EveryVerdictMapsToItsMessage) {
     CNyTestConfig cfg;
     CNyTestConfig forbidding(CNyTestConfig::With(NY_CFG_PIN_ALLOW_SINGLE_CLASS, 0));
+    // clang-format off
     const struct {
         int iResult;
         unsigned int u4Id;  // 0: no message
         CNyTestConfig* pCfg;
     } aCases[] = {
-        {0, 0x00210089, &cfg},  {1, 0, &cfg},
-        {2, 0x0021008A, &cfg},  {3, 0x0021008B, &cfg},
-        {4, 0x0021008C, &cfg},  {5, 0x0021008D, &cfg},
-        {6, 0x0021008E, &cfg},  {7, 0x0021008F, &cfg},
-        {8, 0, &cfg},           {9, 0, &cfg},
-        {10, 0x00210092, &cfg}, {11, 0x00210093, &cfg},
-        {12, 0, &cfg},          {12, 0x00210091, &forbidding},
-        {13, 0, &cfg},          {-1, 0, &cfg},
-    };
+        {0, 0x00210089, &cfg}, {1, 0, &cfg}, {2, 0x0021008A, &cfg}, {3, 0x0021008B, &cfg},
+        {4, 0x0021008C, &cfg}, {5, 0x0021008D, &cfg}, {6, 0x0021008E, &cfg}, {7, 0x0021008F, &cfg},
+        {8, 0, &cfg}, {9, 0, &cfg}, {10, 0x00210092, &cfg}, {11, 0x00210093, &cfg}, {12, 0, &cfg},
+        {12, 0x00210091, &forbidding}, {13, 0, &cfg}, {-1, 0, &cfg}};
+    // clang-format on
     for (const auto& c : aCases) {
         char sz[1024];
         memset(sz, 'x', sizeof(sz));
@@ -210,13 +176,10 @@ TEST(CPinValidater, EveryVerdictMapsToItsMessage) {
                   NY_OK);
         EXPECT_EQ(sz, c.u4Id == 0 ? std::string() : Text(c.pCfg->Get(), c.u4Id)) << c.iResult;
     }
-    char sz[64];
-    ASSERT_EQ(CPinValidater::ResultToMsgString(11, sz, sizeof(sz), cfg.Get()), NY_OK);
-    EXPECT_STREQ(sz, "两次输入的新密码不一致，请重新输入！");
-}
-
-TEST(CPinValidater, MessageIntoABadOrShortBuffer) {
-    CNyTestConfig cfg;
+    char szFull[64];
+    ASSERT_EQ(CPinValidater::ResultToMsgString(11, szFull, sizeof(szFull), cfg.Get()), NY_OK);
+    EXPECT_STREQ(szFull, "两次输入的新密码不一致，请重新输入！");
+    // A bad or short buffer: refused, and never a partial message.
     char sz[16] = "untouched";
     EXPECT_EQ(CPinValidater::ResultToMsgString(11, nullptr, 16, cfg.Get()),
               NY_ERR_INVALID_ARGUMENT);
@@ -226,7 +189,7 @@ TEST(CPinValidater, MessageIntoABadOrShortBuffer) {
     EXPECT_STREQ(sz, "untouched");
     EXPECT_EQ(CPinValidater::ResultToMsgString(11, sz, sizeof(sz), cfg.Get()),
               NY_ERR_BUFFER_TOO_SMALL);
-    EXPECT_STREQ(sz, "") << "no partial message";
+    EXPECT_STREQ(sz, "");
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ protected:
             .Text(0x00010011, std::string(1100, 'L'), "long");
         return image;
     }
-    // Expands szText stored as the English variant of TEXT_ID.
+    // Expands strText stored as the English variant of TEXT_ID.
     uint32_t Expand(const std::string& strText, std::string* pstrOut,
                     unsigned int u4LanguageCode = 1) {
         CCfgTestImage image = BaseImage();
@@ -44,42 +44,61 @@ protected:
         EXPECT_EQ(handle.InitResult(), NY_OK);
         return handle.GetString(TEXT_ID, pstrOut);
     }
-    std::string Expanded(const std::string& strText) {
-        std::string strOut;
-        EXPECT_EQ(Expand(strText, &strOut), NY_OK) << strText;
-        return strOut;
-    }
 };
 
-TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbers) {
-    struct {
-        const char* szText;
-        const char* szExpected;
-    } const aCases[] = {
-        {"plain text", "plain text"},
-        {"", ""},
-        {"$(0x00010008)", "Online"},
-        {"<$(0x0001000A)>", "<Online>"},  // a reference to a reference: second pass
-        {"$(0x0001000a)", "Online"},      // lower-case digits
-        {"$(0xFF00010008)", "Online"},    // more than eight digits: the last eight count
-        {"$(0x00010008)$(0x00010008)", "OnlineOnline"},
-        {"n=$(0x00020010),$(0x00030021),$(0x00040020),$(0x00040022)", "n=6,65535,-1,-2147483648"},
-        {"x$(0xZZ)y", "x$(0xZZ)y"},  // not hexadecimal: stays
-        {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online"},
-        {"abc$(0x00010008", "abc$(0x00010008"},    // never closed: stays
-        {"$(0x00010008)$(0x)", "Online$(0xRAW)"},  // raw value bytes follow "$(0x"
-        {"a$(0x)b", "a$(0x)b"},                    // ...but a pass without a
-                                                   // substitution keeps its input
-        {"$(0x", "$(0x"},
+// Every case expands its text in language code 1 unless it names another; texts stay as they
+// are where a reference is not complete.
+TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbersWithinTheScratchBuffer) {
+    const std::string strUnknownMm = "$(0x00010008)mm$(0x00010999)";
+    const struct {
+        std::string strText;
+        std::string strExpected;
+        uint32_t u4Result;
+        unsigned int u4Language;
+    } aCases[] = {
+        {"plain text", "plain text", NY_OK, 1},
+        {"", "", NY_OK, 1},
+        {"$(0x00010008)", "Online", NY_OK, 1},
+        {"<$(0x0001000A)>", "<Online>", NY_OK, 1},  // a reference to a reference: second pass
+        {"$(0x0001000a)", "Online", NY_OK, 1},      // lower-case digits
+        {"$(0xFF00010008)", "Online", NY_OK, 1},    // more than eight digits: the last eight count
+        {"$(0x00010008)$(0x00010008)", "OnlineOnline", NY_OK, 1},
+        {"n=$(0x00020010),$(0x00030021),$(0x00040020),$(0x00040022)", "n=6,65535,-1,-2147483648",
+         NY_OK, 1},
+        {"x$(0xZZ)y", "x$(0xZZ)y", NY_OK, 1},  // not hexadecimal: stays
+        {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online", NY_OK, 1},
+        {"abc$(0x00010008", "abc$(0x00010008", NY_OK, 1},    // never closed: stays
+        {"$(0x00010008)$(0x)", "Online$(0xRAW)", NY_OK, 1},  // raw value bytes follow "$(0x"
+        {"a$(0x)b", "a$(0x)b", NY_OK, 1},  // ...but a pass without a substitution keeps its input
+        {"$(0x", "$(0x", NY_OK, 1},
+        // The language selects the variant of every level.
+        {"$(0x0001000A)", "Online", NY_OK, 7},
+        {"$(0x0001000A)", "zh:在线", NY_OK, 0},
+        // An unknown reference reserves the whole scratch buffer: alone in a short text its 1023
+        // zero bytes never fit; after a resolvable one the overflowing pass is not reported and
+        // the text ends after the first replacement.
+        {"x$(0x00010999)", "", NY_ERR_BUFFER_TOO_SMALL, 1},
+        {"a$(0x00010008)b$(0x00010999)c", "aOnline", NY_OK, 1},
+        // With room for the zero bytes the text ends with the "$(0x" of the unknown reference.
+        {"$(0x00010008)m$(0x00010999)" + std::string(1100, 't'), "Onlinem$(0x", NY_OK, 1},
+        // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
+        // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
+        {strUnknownMm + std::string(490, 't'), "Onlinemm$(0x", NY_OK, 1},
+        {strUnknownMm + std::string(489, 't'), "Online", NY_OK, 1},
+        // A variant missing in the current language counts as unknown.
+        {"x$(0x0001000B)", "", NY_ERR_BUFFER_TOO_SMALL, 1},
     };
+    CNyTestLogCapture capture;
     for (const auto& c : aCases) {
-        EXPECT_EQ(Expanded(c.szText), c.szExpected) << c.szText;
+        SCOPED_TRACE(c.strText.substr(0, 60));
+        std::string strOut;
+        EXPECT_EQ(Expand(c.strText, &strOut, c.u4Language), c.u4Result);
+        EXPECT_EQ(strOut, c.strExpected);
     }
-    std::string strOut;  // the language selects the variant of every level
-    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 7), NY_OK);
-    EXPECT_EQ(strOut, "Online");
-    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 0), NY_OK);
-    EXPECT_EQ(strOut, "zh:在线");
+    // Expansion failures are not logged as results; only the failed lookups are.
+    std::vector<std::string> vInfo = capture.MessagesAt(2);
+    EXPECT_EQ(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600005"), 0);
+    EXPECT_GT(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600008"), 0);
 }
 
 TEST_F(NyCfgString, FiveNestedLevelsResolveAndTheSixthStaysLiteral) {
@@ -120,28 +139,6 @@ TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
     CCfgTestHandle fourth(DoublingChain(0x00010400, 4, std::string(70, 'y')));
     ASSERT_EQ(fourth.GetString(0x00010400, &strOut), NY_OK);
     EXPECT_EQ(strOut, std::string(14 * 70, 'y'));
-}
-
-TEST_F(NyCfgString, UnknownReferencesReserveTheWholeScratchBuffer) {
-    CNyTestLogCapture capture;
-    std::string strOut;
-    // Only an unknown reference in a short text: its 1023 zero bytes never fit.
-    EXPECT_EQ(Expand("x$(0x00010999)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
-    // A resolvable reference first: the overflowing pass is not reported and the text ends
-    // after the first replacement.
-    EXPECT_EQ(Expanded("a$(0x00010008)b$(0x00010999)c"), "aOnline");
-    // Room for the zero bytes: the text ends with the "$(0x" of the unknown reference.
-    EXPECT_EQ(Expanded("$(0x00010008)m$(0x00010999)" + std::string(1100, 't')), "Onlinem$(0x");
-    // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
-    // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
-    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(490, 't')), "Onlinemm$(0x");
-    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(489, 't')), "Online");
-    // A variant missing in the current language counts as unknown.
-    EXPECT_EQ(Expand("x$(0x0001000B)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
-    // Expansion failures are not logged as results; only the failed lookups are.
-    std::vector<std::string> vInfo = capture.MessagesAt(2);
-    EXPECT_EQ(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600005"), 0);
-    EXPECT_GT(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600008"), 0);
 }
 
 TEST_F(NyCfgString, OversizedTextsFail) {

@@ -53,40 +53,39 @@ TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbersWithinTheScratchBuffer
     const struct {
         std::string strText;
         std::string strExpected;
-        uint32_t u4Result;
-        unsigned int u4Language;
+        uint32_t u4Result = NY_OK;
+        unsigned int u4Language = 1;
     } aCases[] = {
-        {"plain text", "plain text", NY_OK, 1},
-        {"", "", NY_OK, 1},
-        {"$(0x00010008)", "Online", NY_OK, 1},
-        {"<$(0x0001000A)>", "<Online>", NY_OK, 1},  // a reference to a reference: second pass
-        {"$(0x0001000a)", "Online", NY_OK, 1},      // lower-case digits
-        {"$(0xFF00010008)", "Online", NY_OK, 1},    // more than eight digits: the last eight count
-        {"$(0x00010008)$(0x00010008)", "OnlineOnline", NY_OK, 1},
-        {"n=$(0x00020010),$(0x00030021),$(0x00040020),$(0x00040022)", "n=6,65535,-1,-2147483648",
-         NY_OK, 1},
-        {"x$(0xZZ)y", "x$(0xZZ)y", NY_OK, 1},  // not hexadecimal: stays
-        {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online", NY_OK, 1},
-        {"abc$(0x00010008", "abc$(0x00010008", NY_OK, 1},    // never closed: stays
-        {"$(0x00010008)$(0x)", "Online$(0xRAW)", NY_OK, 1},  // raw value bytes follow "$(0x"
-        {"a$(0x)b", "a$(0x)b", NY_OK, 1},  // ...but a pass without a substitution keeps its input
-        {"$(0x", "$(0x", NY_OK, 1},
+        {"plain text", "plain text"},
+        {"", ""},
+        {"$(0x00010008)", "Online"},
+        {"<$(0x0001000A)>", "<Online>"},  // a reference to a reference: second pass
+        {"$(0x0001000a)", "Online"},      // lower-case digits
+        {"$(0xFF00010008)", "Online"},    // more than eight digits: the last eight count
+        {"$(0x00010008)$(0x00010008)", "OnlineOnline"},
+        {"n=$(0x00020010),$(0x00030021),$(0x00040020),$(0x00040022)", "n=6,65535,-1,-2147483648"},
+        {"x$(0xZZ)y", "x$(0xZZ)y"},  // not hexadecimal: stays
+        {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online"},
+        {"abc$(0x00010008", "abc$(0x00010008"},    // never closed: stays
+        {"$(0x00010008)$(0x)", "Online$(0xRAW)"},  // raw value bytes follow "$(0x"
+        {"a$(0x)b", "a$(0x)b"},  // ...but a pass without a substitution keeps its input
+        {"$(0x", "$(0x"},
         // The language selects the variant of every level.
         {"$(0x0001000A)", "Online", NY_OK, 7},
         {"$(0x0001000A)", "zh:在线", NY_OK, 0},
         // An unknown reference reserves the whole scratch buffer: alone in a short text its 1023
         // zero bytes never fit; after a resolvable one the overflowing pass is not reported and
         // the text ends after the first replacement.
-        {"x$(0x00010999)", "", NY_ERR_BUFFER_TOO_SMALL, 1},
-        {"a$(0x00010008)b$(0x00010999)c", "aOnline", NY_OK, 1},
+        {"x$(0x00010999)", "", NY_ERR_BUFFER_TOO_SMALL},
+        {"a$(0x00010008)b$(0x00010999)c", "aOnline"},
         // With room for the zero bytes the text ends with the "$(0x" of the unknown reference.
-        {"$(0x00010008)m$(0x00010999)" + std::string(1100, 't'), "Onlinem$(0x", NY_OK, 1},
+        {"$(0x00010008)m$(0x00010999)" + std::string(1100, 't'), "Onlinem$(0x"},
         // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
         // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
-        {strUnknownMm + std::string(490, 't'), "Onlinemm$(0x", NY_OK, 1},
-        {strUnknownMm + std::string(489, 't'), "Online", NY_OK, 1},
+        {strUnknownMm + std::string(490, 't'), "Onlinemm$(0x"},
+        {strUnknownMm + std::string(489, 't'), "Online"},
         // A variant missing in the current language counts as unknown.
-        {"x$(0x0001000B)", "", NY_ERR_BUFFER_TOO_SMALL, 1},
+        {"x$(0x0001000B)", "", NY_ERR_BUFFER_TOO_SMALL},
     };
     CNyTestLogCapture capture;
     for (const auto& c : aCases) {

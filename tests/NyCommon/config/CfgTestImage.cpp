@@ -38,11 +38,6 @@ CCfgTestImage& CCfgTestImage::Variants(
     return Entry(u4Id, vValue);
 }
 
-CCfgTestImage& CCfgTestImage::Text(uint32_t u4Id, const std::string& strEn,
-                                   const std::string& strZh) {
-    return Variants(u4Id, {{1, strZh}, {0, strEn}});
-}
-
 CCfgTestHandle::CCfgTestHandle(const CCfgTestImage& image, unsigned int u4LanguageCode) {
     static const unsigned char u1Empty = 0;
     const unsigned char* pu1 = image.Size() != 0 ? image.Data().data() : &u1Empty;
@@ -50,10 +45,6 @@ CCfgTestHandle::CCfgTestHandle(const CCfgTestImage& image, unsigned int u4Langua
     if (m_hCfg != nullptr) {
         NyCfgSetLangId(m_hCfg, u4LanguageCode);
     }
-}
-
-CCfgTestHandle::~CCfgTestHandle() {
-    NyCfgRelease(m_hCfg);
 }
 
 uint32_t CCfgTestHandle::GetString(uint32_t u4Id, std::string* pstrText, unsigned int u4Capacity) {

@@ -18,7 +18,9 @@ public:
     CCfgTestImage& U2(uint32_t u4Id, uint16_t u2Value) { return Entry(u4Id, Le(u2Value, 2)); }
     CCfgTestImage& U4(uint32_t u4Id, uint32_t u4Value) { return Entry(u4Id, Le(u4Value, 4)); }
     // A string with English and Simplified Chinese variants (stored with their NUL).
-    CCfgTestImage& Text(uint32_t u4Id, const std::string& strEn, const std::string& strZh);
+    CCfgTestImage& Text(uint32_t u4Id, const std::string& strEn, const std::string& strZh) {
+        return Variants(u4Id, {{1, strZh}, {0, strEn}});
+    }
     // A string with one variant per (language index, text); the NUL is added.
     CCfgTestImage& Variants(uint32_t u4Id,
                             const std::vector<std::pair<uint8_t, std::string>>& vVariants);
@@ -39,7 +41,7 @@ private:
 class CCfgTestHandle {
 public:
     explicit CCfgTestHandle(const CCfgTestImage& image, unsigned int u4LanguageCode = 1);
-    ~CCfgTestHandle();
+    ~CCfgTestHandle() { NyCfgRelease(m_hCfg); }
     CCfgTestHandle(const CCfgTestHandle&) = delete;
     CCfgTestHandle& operator=(const CCfgTestHandle&) = delete;
 

@@ -128,7 +128,7 @@ CCfgTestImage DoublingChain(uint32_t u4FirstId, uint32_t u4Levels, const std::st
     return image;
 }
 
-TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
+TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPassAndOversizedTextsFail) {
     // 32 copies of 40 bytes in the fifth pass exceed the 1024-byte work buffer.
     CCfgTestHandle fifth(DoublingChain(0x00010300, 5, std::string(40, 'x')));
     std::string strOut;
@@ -138,10 +138,6 @@ TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
     CCfgTestHandle fourth(DoublingChain(0x00010400, 4, std::string(70, 'y')));
     ASSERT_EQ(fourth.GetString(0x00010400, &strOut), NY_OK);
     EXPECT_EQ(strOut, std::string(14 * 70, 'y'));
-}
-
-TEST_F(NyCfgString, OversizedTextsFail) {
-    std::string strOut;
     // A referenced text that does not fit the 1024-byte scratch buffer.
     EXPECT_EQ(Expand("<$(0x00010011)>", &strOut), NY_ERR_BUFFER_TOO_SMALL);
     // Raw texts up to 2047 bytes with their NUL are read; longer ones are not.

@@ -19,53 +19,39 @@ CCfgTestImage ValidImage() {
     return image;
 }
 
-struct MalformedCase {
-    const char* szName;
-    CCfgTestImage image;
-};
-
-std::vector<MalformedCase> MalformedCases() {
-    std::vector<MalformedCase> v;
-    v.push_back({"five bytes", CCfgTestImage().Bytes({1, 0, 0, 0, 0})});
-    v.push_back({"header only", CCfgTestImage().Header(0x00000001, 0)});
-    for (uint8_t u1Stray = 1; u1Stray <= 8; ++u1Stray) {
-        CCfgTestImage image = ValidImage();
-        image.Bytes(std::vector<uint8_t>(u1Stray, 0));
-        v.push_back({"stray bytes after the last entry", image});
-    }
-    v.push_back(
-        {"first entry runs past the end", CCfgTestImage().Header(0x00000001, 2).Bytes({1})});
-    v.push_back(
-        {"later entry runs past the end", ValidImage().Header(0x00000002, 5).Bytes({1, 2, 3, 4})});
-    v.push_back({"length that wraps 32 bits",
-                 ValidImage().Header(0x00000002, 0xFFFFFFFF).Bytes({1, 2, 3, 4})});
-    v.push_back({"same slot under two types",
-                 CCfgTestImage().Text(0x00010002, "a", "b").U4(0x00040002, 1)});
-    v.push_back({"same slot twice", CCfgTestImage().U1(0x00020010, 1).U1(0x00020010, 2)});
-    v.push_back({"group 8", CCfgTestImage().U1(0x00820001, 1)});
-    v.push_back({"group 15", CCfgTestImage().Entry(0x00F00001, {1})});
-    v.push_back({"variant index 64", CCfgTestImage().Variants(0x00010002, {{64, "x"}})});
-    v.push_back({"same variant twice", CCfgTestImage().Variants(0x00010002, {{0, "a"}, {0, "b"}})});
-    v.push_back({"string value of 5 bytes", CCfgTestImage().Entry(0x00010002, {0, 1, 0, 0, 0})});
-    v.push_back({"string value of 1 byte", CCfgTestImage().Entry(0x00010002, {0})});
-    v.push_back({"variant runs past its value",
-                 CCfgTestImage().Entry(0x00010002, {0, 9, 0, 0, 0, 'a', 0})});
+TEST(NyCfgParse, MalformedImagesFailWholeWithNullHandle) {
     std::vector<uint8_t> vTrailing = CCfgTestImage::VariantBytes(0, "ok");
     vTrailing.insert(vTrailing.end(), {1, 0, 0, 0, 0});
-    v.push_back({"string value with stray bytes", CCfgTestImage().Entry(0x00010002, vTrailing)});
-    return v;
-}
-
-TEST(NyCfgParse, MalformedImagesFailWholeWithNullHandle) {
-    for (const MalformedCase& c : MalformedCases()) {
+    std::vector<std::pair<const char*, CCfgTestImage>> vCases = {
+        {"five bytes", CCfgTestImage().Bytes({1, 0, 0, 0, 0})},
+        {"header only", CCfgTestImage().Header(0x00000001, 0)},
+        {"first entry runs past the end", CCfgTestImage().Header(0x00000001, 2).Bytes({1})},
+        {"later entry runs past the end", ValidImage().Header(0x00000002, 5).Bytes({1, 2, 3, 4})},
+        {"length that wraps 32 bits",
+         ValidImage().Header(0x00000002, 0xFFFFFFFF).Bytes({1, 2, 3, 4})},
+        {"same slot under two types", CCfgTestImage().Text(0x00010002, "a", "b").U4(0x00040002, 1)},
+        {"same slot twice", CCfgTestImage().U1(0x00020010, 1).U1(0x00020010, 2)},
+        {"group 8", CCfgTestImage().U1(0x00820001, 1)},
+        {"group 15", CCfgTestImage().Entry(0x00F00001, {1})},
+        {"variant index 64", CCfgTestImage().Variants(0x00010002, {{64, "x"}})},
+        {"same variant twice", CCfgTestImage().Variants(0x00010002, {{0, "a"}, {0, "b"}})},
+        {"string value of 5 bytes", CCfgTestImage().Entry(0x00010002, {0, 1, 0, 0, 0})},
+        {"string value of 1 byte", CCfgTestImage().Entry(0x00010002, {0})},
+        {"variant runs past its value", CCfgTestImage().Entry(0x00010002, {0, 9, 0, 0, 0, 'a', 0})},
+        {"string value with stray bytes", CCfgTestImage().Entry(0x00010002, vTrailing)}};
+    for (uint8_t u1Stray = 1; u1Stray <= 8; ++u1Stray) {
+        vCases.push_back({"stray bytes after the last entry",
+                          ValidImage().Bytes(std::vector<uint8_t>(u1Stray, 0))});
+    }
+    for (const auto& c : vCases) {
+        SCOPED_TRACE(c.first);
         BlkCfgHandleTag* hCfg = reinterpret_cast<BlkCfgHandleTag*>(1);
-        EXPECT_EQ(NyCfgInit(c.image.Data().data(), c.image.Size(), &hCfg), NY_ERR_BAD_ARGUMENT)
-            << c.szName;
-        EXPECT_EQ(hCfg, nullptr) << c.szName;
+        EXPECT_EQ(NyCfgInit(c.second.Data().data(), c.second.Size(), &hCfg), NY_ERR_BAD_ARGUMENT);
+        EXPECT_EQ(hCfg, nullptr);
         BlkCfgTreeTag* pTree = reinterpret_cast<BlkCfgTreeTag*>(1);
-        EXPECT_EQ(CfgTreeParse(c.image.Data().data(), c.image.Size(), &pTree), NY_ERR_BAD_ARGUMENT)
-            << c.szName;
-        EXPECT_EQ(pTree, nullptr) << c.szName;
+        EXPECT_EQ(CfgTreeParse(c.second.Data().data(), c.second.Size(), &pTree),
+                  NY_ERR_BAD_ARGUMENT);
+        EXPECT_EQ(pTree, nullptr);
     }
 }
 

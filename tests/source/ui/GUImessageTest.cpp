@@ -4,9 +4,10 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
+#include "NyDialogFixture.h"
 #include "NyGuiTestWidgets.h"
-#include "NyPinDialogFixture.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
 #include "ui/GUImessage.h"
@@ -14,8 +15,6 @@
 namespace {
 
 constexpr unsigned int NY_TXT_TITLE = 0x0021009C;
-constexpr unsigned int NY_TXT_OK = 0x00210011;
-constexpr unsigned int NY_TXT_CANCEL = 0x00210012;
 constexpr unsigned int NY_TXT_YES = 0x00210013;
 constexpr unsigned int NY_TXT_NO = 0x00210014;
 constexpr uint32_t NY_NO_FORMAT = 0xFFFFFFFF;
@@ -39,16 +38,18 @@ struct BlkMessageCase {
     uint32_t u4ButtonMode;
 };
 
-std::string Parse(uint32_t u4MsgId, uint32_t u4Param, uint32_t* pu4Mode = nullptr) {
+// The text and button mode of a message, the text cut to a buffer of cbText bytes.
+std::string Parse(uint32_t u4MsgId, uint32_t u4Param, uint32_t* pu4Mode = nullptr,
+                  unsigned int cbText = NY_GUI_LONG_TEXT_SIZE) {
     std::unique_ptr<CConfig> pConfig = NyGuiTestConfig();
     tagBlkUiParam req = NyGuiTestRequest(UI_CMD_MESSAGE, u4MsgId, u4Param);
     GUImessage dlg(&req, pConfig.get());
-    char szText[NY_GUI_LONG_TEXT_SIZE] = "";
-    dlg.ParseMessage(szText, sizeof(szText));
+    std::vector<char> vText(cbText, 'x');
+    dlg.ParseMessage(vText.data(), cbText);
     if (pu4Mode != nullptr) {
         *pu4Mode = dlg.GetButtonMode();
     }
-    return szText;
+    return vText.data();
 }
 
 }  // namespace
@@ -95,35 +96,29 @@ TEST(GUImessageText, EachMessageSelectsItsTextAndButtons) {
         std::string strText = Parse(c.u4MsgId, c.u4Param, &u4Mode);
         EXPECT_EQ(Expected(c.u4TextId, c.u4FormatArg), strText)
             << std::hex << c.u4MsgId << "/" << c.u4Param;
-        EXPECT_FALSE(strText.empty()) << std::hex << c.u4MsgId << "/" << c.u4Param;
         EXPECT_EQ(c.u4ButtonMode, u4Mode) << std::hex << c.u4MsgId << "/" << c.u4Param;
     }
-}
-
-TEST(GUImessageText, TextIsCutToTheCallersBuffer) {
-    std::unique_ptr<CConfig> pConfig = NyGuiTestConfig();
-    tagBlkUiParam req = NyGuiTestRequest(UI_CMD_MESSAGE, 0, 7);
-    GUImessage dlg(&req, pConfig.get());
-    char szText[8];
-    memset(szText, 'x', sizeof(szText));
-    dlg.ParseMessage(szText, sizeof(szText));
-    EXPECT_EQ(std::string("操作成功！").substr(0, 7), szText);
+    EXPECT_EQ(std::string("操作成功！").substr(0, 7), Parse(0, 7, nullptr, 8))
+        << "cut to the buffer";
 }
 
 namespace {
 
-class GUImessageTest : public CPinDialogTest {
+constexpr unsigned int NY_CLOSE = 1;  // the window manager's close instead of a button
+
+class GUImessageTest : public CDialogTest {
 protected:
-    void Open(uint32_t u4MsgId, uint32_t u4Param) {
-        m_req = NyGuiTestRequest(UI_CMD_MESSAGE, u4MsgId, u4Param);
-        NyUiParamSetU4(&m_req, UI_OFS_MESSAGE_CHOICE, 0x5A5A5A5A);
-        CPinDialogTest::Open(new GUImessage(&m_req, Config()), NY_TXT_TITLE);
+    void OpenMessage(uint32_t u4MsgId, uint32_t u4Param) {
+        Request(UI_CMD_MESSAGE, u4MsgId, u4Param, {{UI_OFS_MESSAGE_CHOICE, 0x5A5A5A5A}});
+        Open<GUImessage>(NY_TXT_TITLE);
     }
-    BlkTestAccessibleTag Button(unsigned int u4TextId) {
-        BlkTestAccessibleTag blk;
-        EXPECT_TRUE(NyGuiTestWaitFor("push button", NyGuiTestText(u4TextId), &blk))
-            << NyGuiTestText(u4TextId);
-        return blk;
+    // Clicks at a point of the window's title bar or top edge, for the focus, and closes it.
+    void CloseAfterClickAt(int iX, int iDy) {
+        int iLeft = 0, iTop = 0, iWidth = 0, iHeight = 0;
+        ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iLeft, &iTop, &iWidth, &iHeight));
+        NyTestClickAt(iX < 0 ? iLeft + iWidth / 2 : iX, iTop + iDy);
+        ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
+        NyTestKey("alt+F4");
     }
     std::vector<std::string> ShowingButtons() {
         std::vector<std::string> v;
@@ -133,17 +128,12 @@ protected:
         }
         return v;
     }
-    std::vector<std::string> YesNo() {
-        return {NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)};
-    }
-
-    tagBlkUiParam m_req;
 };
 
 }  // namespace
 
 // Each message on screen with its buttons, and what the pressed button answers (no button:
-// stopped).
+// stopped; a question closed by the window manager is cancelled, its choice untouched).
 TEST_F(GUImessageTest, EachMessageShowsItsButtonsAndAnswersThePressedOne) {
     const uint32_t NY_ANY = 0xFFFFFFFF;
     const struct {
@@ -162,19 +152,23 @@ TEST_F(GUImessageTest, EachMessageShowsItsButtonsAndAnswersThePressedOne) {
         {0, 7, "操作成功！", false, NY_TXT_OK, UI_RESULT_OK, NY_MSG_CHOICE_NONE},
         {0xE0609999, 0, "未知错误，错误码0xe0609999！", false, NY_TXT_OK, UI_RESULT_OK, NY_ANY},
         {0xE06163CF, 1, Parse(0xE06163CF, 1), true, NY_TXT_YES, UI_RESULT_OK, NY_MSG_CHOICE_YES},
+        {0x60606002, 0, Parse(0x60606002, 0), true, NY_CLOSE, UI_RESULT_CANCEL, 0x5A5A5A5A},
     };
     for (const auto& c : aCases) {
         SCOPED_TRACE(c.strText);
-        Open(c.u4MsgId, c.u4Param);
+        OpenMessage(c.u4MsgId, c.u4Param);
         EXPECT_TRUE(NyGuiTestWaitFor("label", c.strText));
-        NyGuiTestShot(m_strWindow, "message-" + std::to_string(c.u4MsgId & 0xFFFF));
         if (c.bQuestion) {
-            EXPECT_EQ(YesNo(), ShowingButtons());
+            EXPECT_EQ(
+                (std::vector<std::string>{NyGuiTestText(NY_TXT_YES), NyGuiTestText(NY_TXT_NO)}),
+                ShowingButtons());
         }
         if (c.u4Press == 0) {
             m_pDialog->stop();
+        } else if (c.u4Press == NY_CLOSE) {
+            CloseAfterClickAt(-1, 5);  // into the text area: focus, no button
         } else {
-            NyGuiTestClick(Button(c.u4Press));
+            ClickButton(c.u4Press);
         }
         tagBlkUiParam blk = Finish();
         EXPECT_EQ(c.u4Res, blk.enRes);
@@ -185,9 +179,8 @@ TEST_F(GUImessageTest, EachMessageShowsItsButtonsAndAnswersThePressedOne) {
 }
 
 TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
-    Open(0xE06163C0, 0);
+    OpenMessage(0xE06163C0, 0);
     EXPECT_TRUE(NyGuiTestWaitFor("label", "您的UKey密码已锁定，请前往柜面解锁！"));
-    NyGuiTestShot(m_strWindow, "message-locked");
     // One line: not wrapped, so that it centres over the button.
     EXPECT_FALSE(NyGuiTestLabelWraps("message_tips"));
     EXPECT_EQ(std::vector<std::string>{NyGuiTestText(NY_TXT_OK)}, ShowingButtons());
@@ -195,29 +188,14 @@ TEST_F(GUImessageTest, LockedNoticeHasOneCentredButtonAndNoCloseButton) {
     EXPECT_EQ(0u, NyTestWindowProperty(m_strWindow, "_MOTIF_WM_HINTS").find("0x1, 0x4,"));
     int iX = 0, iY = 0, iWidth = 0, iHeight = 0;
     ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iX, &iY, &iWidth, &iHeight));
-    BlkTestAccessibleTag ok = Button(NY_TXT_OK);
+    BlkTestAccessibleTag ok;
+    ASSERT_TRUE(NyGuiTestWaitFor("push button", NyGuiTestText(NY_TXT_OK), &ok));
     EXPECT_NEAR(iX + iWidth / 2, ok.CentreX(), 2);
-    // The window manager's close does nothing.
-    NyTestClickAt(ok.CentreX(), iY + 10);
-    ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
-    NyTestKey("alt+F4");
+    CloseAfterClickAt(ok.CentreX(), 10);  // the window manager's close does nothing
     usleep(500 * 1000);
     EXPECT_EQ(0u, m_pDialog->IsFinished());
     NyGuiTestClick(ok);
     tagBlkUiParam blk = Finish();
     EXPECT_EQ(UI_RESULT_OK, blk.enRes);
     EXPECT_EQ(NY_MSG_CHOICE_NONE, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
-}
-
-TEST_F(GUImessageTest, QuestionClosedByTheWindowManagerAnswersCancel) {
-    Open(0x60606002, 0);
-    Button(NY_TXT_YES);  // shown and ready
-    int iX = 0, iY = 0, iWidth = 0, iHeight = 0;
-    ASSERT_TRUE(NyTestWindowGeometry(m_strWindow, &iX, &iY, &iWidth, &iHeight));
-    NyTestClickAt(iX + iWidth / 2, iY + 5);  // into the text area: focus, no button
-    ASSERT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
-    NyTestKey("alt+F4");
-    tagBlkUiParam blk = Finish();
-    EXPECT_EQ(UI_RESULT_CANCEL, blk.enRes);
-    EXPECT_EQ(0x5A5A5A5Au, NyUiParamGetU4(&blk, UI_OFS_MESSAGE_CHOICE));
 }

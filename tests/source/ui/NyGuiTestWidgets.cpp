@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "support/NyTestProcess.h"
-
 namespace {
 
 GtkWidget* FindIn(GtkWidget* pWidget, const char* szId) {
@@ -21,20 +19,6 @@ GtkWidget* FindIn(GtkWidget* pWidget, const char* szId) {
     }
     g_list_free(pChildren);
     return pFound;
-}
-
-void CollectPinTexts(GtkWidget* pWidget, std::vector<std::string>* pvTexts) {
-    if (GTK_IS_ENTRY(pWidget) && !gtk_entry_get_visibility(GTK_ENTRY(pWidget)) &&
-        gtk_widget_get_mapped(pWidget)) {
-        pvTexts->push_back(gtk_entry_get_text(GTK_ENTRY(pWidget)));
-    }
-    if (GTK_IS_CONTAINER(pWidget)) {
-        GList* pChildren = gtk_container_get_children(GTK_CONTAINER(pWidget));
-        for (GList* p = pChildren; p != nullptr; p = p->next) {
-            CollectPinTexts(GTK_WIDGET(p->data), pvTexts);
-        }
-        g_list_free(pChildren);
-    }
 }
 
 // The widget with that id; the GDK lock must be held.
@@ -62,10 +46,6 @@ bool WithWidget(const char* szId, F pfn) {
 
 }  // namespace
 
-std::string NyGuiTestResPath(const std::string& strName) {
-    return std::string(NY_TEST_BIN_DIR) + "/res/" + strName;
-}
-
 std::string NyGuiTestLabelText(const char* szId) {
     std::string strText;
     WithWidget(szId, [&](GtkWidget* p) { strText = gtk_label_get_text(GTK_LABEL(p)); });
@@ -84,46 +64,33 @@ bool NyGuiTestLabelWraps(const char* szId) {
     return bWraps;
 }
 
-GdkPixbuf* NyGuiTestImagePixbuf(const char* szId, bool bChild) {
-    GdkPixbuf* pPixbuf = nullptr;
+bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild, int iWidth,
+                             int iHeight) {
+    std::string strPath = std::string(NY_TEST_BIN_DIR) + "/res/" + strFile;
+    GdkPixbuf* pFile = gdk_pixbuf_new_from_file(strPath.c_str(), nullptr);
+    if (pFile != nullptr && iWidth > 0) {
+        GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, iWidth, iHeight, GDK_INTERP_HYPER);
+        g_object_unref(pFile);
+        pFile = pScaled;
+    }
+    bool bSame = false;
     WithWidget(szId, [&](GtkWidget* p) {
         GtkWidget* pImage = bChild ? gtk_bin_get_child(GTK_BIN(p)) : p;
-        if (pImage != nullptr && GTK_IS_IMAGE(pImage) &&
-            gtk_image_get_storage_type(GTK_IMAGE(pImage)) == GTK_IMAGE_PIXBUF) {
-            pPixbuf = GDK_PIXBUF(g_object_ref(gtk_image_get_pixbuf(GTK_IMAGE(pImage))));
+        if (pFile == nullptr || pImage == nullptr || !GTK_IS_IMAGE(pImage) ||
+            gtk_image_get_storage_type(GTK_IMAGE(pImage)) != GTK_IMAGE_PIXBUF) {
+            return;
+        }
+        GdkPixbuf* pShown = gtk_image_get_pixbuf(GTK_IMAGE(pImage));
+        int iRowBytes = gdk_pixbuf_get_width(pShown) * gdk_pixbuf_get_n_channels(pShown);
+        bSame = gdk_pixbuf_get_width(pShown) == gdk_pixbuf_get_width(pFile) &&
+                gdk_pixbuf_get_height(pShown) == gdk_pixbuf_get_height(pFile) &&
+                gdk_pixbuf_get_n_channels(pShown) == gdk_pixbuf_get_n_channels(pFile);
+        for (int y = 0; bSame && y < gdk_pixbuf_get_height(pShown); ++y) {
+            bSame = memcmp(gdk_pixbuf_get_pixels(pShown) + y * gdk_pixbuf_get_rowstride(pShown),
+                           gdk_pixbuf_get_pixels(pFile) + y * gdk_pixbuf_get_rowstride(pFile),
+                           static_cast<size_t>(iRowBytes)) == 0;
         }
     });
-    return pPixbuf;
-}
-
-bool NyGuiTestSamePixels(GdkPixbuf* pA, GdkPixbuf* pB) {
-    if (pA == nullptr || pB == nullptr) {
-        return false;
-    }
-    int iWidth = gdk_pixbuf_get_width(pA);
-    int iHeight = gdk_pixbuf_get_height(pA);
-    int iChannels = gdk_pixbuf_get_n_channels(pA);
-    if (iWidth != gdk_pixbuf_get_width(pB) || iHeight != gdk_pixbuf_get_height(pB) ||
-        iChannels != gdk_pixbuf_get_n_channels(pB)) {
-        return false;
-    }
-    for (int y = 0; y < iHeight; ++y) {
-        const guchar* pu1RowA = gdk_pixbuf_get_pixels(pA) + y * gdk_pixbuf_get_rowstride(pA);
-        const guchar* pu1RowB = gdk_pixbuf_get_pixels(pB) + y * gdk_pixbuf_get_rowstride(pB);
-        if (memcmp(pu1RowA, pu1RowB, static_cast<size_t>(iWidth * iChannels)) != 0) {
-            return false;
-        }
-    }
-    return true;
-}
-
-bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild) {
-    GdkPixbuf* pShown = NyGuiTestImagePixbuf(szId, bChild);
-    GdkPixbuf* pFile = gdk_pixbuf_new_from_file(NyGuiTestResPath(strFile).c_str(), nullptr);
-    bool bSame = NyGuiTestSamePixels(pShown, pFile);
-    if (pShown != nullptr) {
-        g_object_unref(pShown);
-    }
     if (pFile != nullptr) {
         g_object_unref(pFile);
     }
@@ -160,18 +127,6 @@ gulong NyGuiTestOnLabelSet(const char* szId, GCallback pfnHandler, gpointer pvDa
         uHandler = g_signal_connect(p, "notify::label", pfnHandler, pvData);
     });
     return uHandler;
-}
-
-std::vector<std::string> NyGuiTestPinTexts() {
-    std::vector<std::string> vTexts;
-    gdk_threads_enter();
-    GList* pWindows = gtk_window_list_toplevels();
-    for (GList* p = pWindows; p != nullptr; p = p->next) {
-        CollectPinTexts(GTK_WIDGET(p->data), &vTexts);
-    }
-    g_list_free(pWindows);
-    gdk_threads_leave();
-    return vTexts;
 }
 
 std::string NyGuiTestEntryEndIcon(const char* szId) {

@@ -10,25 +10,16 @@
 #include <string>
 #include <vector>
 
-// Path of a file in the resource folder the dialogs load from (build/bin/res).
-std::string NyGuiTestResPath(const std::string& strName);
-
 // A label's text without markup, and its text with markup; "" when there is no such label.
 std::string NyGuiTestLabelText(const char* szId);
 std::string NyGuiTestLabelMarkup(const char* szId);
 // Whether a label wraps its lines.
 bool NyGuiTestLabelWraps(const char* szId);
 
-// The picture shown by an image (bChild: by the single child of the widget with that id),
-// as a new reference; null when there is none.
-GdkPixbuf* NyGuiTestImagePixbuf(const char* szId, bool bChild = false);
-// Whether two pictures are the same size and have the same pixels.
-bool NyGuiTestSamePixels(GdkPixbuf* pA, GdkPixbuf* pB);
-// Whether an image shows the resource file as it is.
-bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild = false);
-
-// Texts of every entry on screen that hides what is typed (the PIN entries), in tree order.
-std::vector<std::string> NyGuiTestPinTexts();
+// Whether an image (bChild: the single child of the widget with that id) shows the file of the
+// resource folder pixel for pixel, scaled to iWidth x iHeight when those are given.
+bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild = false,
+                             int iWidth = 0, int iHeight = 0);
 
 // Stock id of the icon an entry shows at its end ("" for none).
 std::string NyGuiTestEntryEndIcon(const char* szId);

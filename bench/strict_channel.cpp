@@ -92,6 +92,13 @@ uint32_t StartSession(CNyStrictClient* pMain, uint32_t u4Id, std::string* pstrNa
     return u4Result;
 }
 
+// Starts the server, a session on it and connects pSession to that session.
+bool StartAndConnectSession(ServerUnderTest* pServer, CNyStrictClient* pSession) {
+    std::string strSession;
+    return pServer->Start() && StartSession(&pServer->main, 1, &strSession) == NY_OK &&
+           pSession->Open(strSession) == NY_OK && pSession->Connect(CONNECT_MS) == NY_OK;
+}
+
 void BM_MainRoundTrip(benchmark::State& state) {
     ServerUnderTest server;
     if (!server.Start()) {
@@ -115,10 +122,8 @@ BENCHMARK(BM_MainRoundTrip)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 
 void BM_SessionStatusPoll(benchmark::State& state) {
     ServerUnderTest server;
-    std::string strSession;
     CNyStrictClient session;
-    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
-        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+    if (!StartAndConnectSession(&server, &session)) {
         state.SkipWithError("no session");
         return;
     }
@@ -142,10 +147,8 @@ BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond)
 // released the channel (the server wipes it then).
 void BM_AnswerReadableAfterRequest(benchmark::State& state) {
     ServerUnderTest server;
-    std::string strSession;
     CNyStrictClient session;
-    if (!server.Start() || StartSession(&server.main, 1, &strSession) != NY_OK ||
-        session.Open(strSession) != NY_OK || session.Connect(CONNECT_MS) != NY_OK) {
+    if (!StartAndConnectSession(&server, &session)) {
         state.SkipWithError("no session");
         return;
     }

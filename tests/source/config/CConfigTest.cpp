@@ -1,8 +1,6 @@
 // CConfig over the built-in image, used the way the UI service and the PIN validator use it.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "CConfig.h"
 #include "NyConfigImage.h"
 #include "config/NyCfgLang.h"
@@ -48,25 +46,22 @@ TEST_F(CConfigBuiltIn, DefaultedGetStringSharesOneBufferAndFallsBackToTheCallers
     EXPECT_STREQ(szFirst, "确定");
     CConfig other(NyConfigImage(), NyConfigImageLength());
     other.SetLanguage(NY_LANG_EN);
-    const char* szSecond = other.GetString(0x00210012, szDefault);
-    EXPECT_EQ(szSecond, szFirst) << "one buffer for the whole process";
+    EXPECT_EQ(other.GetString(0x00210012, szDefault), szFirst) << "one buffer for the process";
     EXPECT_STREQ(szFirst, "Cancel");
 }
 
 TEST(CConfig, MalformedImageLeavesAnEmptyAccessor) {
     const unsigned char au1Bad[5] = {1, 0, 0, 0, 0};
     CConfig cfg(au1Bad, sizeof(au1Bad));
-    char sz[64];
+    char sz[64] = "";
     unsigned int u4Value = 5;
     EXPECT_EQ(cfg.SetLanguage(NY_LANG_EN), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(cfg.GetString(0x00210011, sz, sizeof(sz)), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(cfg.GetU4(0x00020010, &u4Value), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(cfg.GetU4(0x00020010, 9u), 9u);
-    const char* szDefault = "default";
-    EXPECT_EQ(cfg.GetString(0x00210011, szDefault), szDefault);
-    unsigned int u4Language = 99;
-    EXPECT_EQ(cfg.GetProductLanguage(&u4Language), NY_OK);
-    EXPECT_EQ(u4Language, 0u);
+    EXPECT_EQ(cfg.GetString(0x00210011, sz), sz);
+    EXPECT_EQ(cfg.GetProductLanguage(&u4Value), NY_OK);
+    EXPECT_EQ(u4Value, 0u);
 }
 
 }  // namespace

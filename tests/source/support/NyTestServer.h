@@ -8,15 +8,11 @@
 
 class CNyTestServer {
 public:
-    // Starts build/bin/ukey-uiserver under a unique name and waits until its main session
-    // answers. Check Started() before use.
+    // Starts build/bin/ukey-uiserver under strMainName (a unique one by default) and waits until
+    // its main session answers. Check Started() before use.
+    explicit CNyTestServer(const std::string& strMainName);
     CNyTestServer();
-    // Starts it with strArgument as its main session name and waits until strServedName
-    // answers (the two differ when the server cuts the argument).
-    CNyTestServer(const std::string& strArgument, const std::string& strServedName);
-    explicit CNyTestServer(const std::string& strMainName)
-        : CNyTestServer(strMainName, strMainName) {}
-    ~CNyTestServer();
+    ~CNyTestServer() { Stop(); }
     CNyTestServer(const CNyTestServer&) = delete;
     CNyTestServer& operator=(const CNyTestServer&) = delete;
 
@@ -31,8 +27,6 @@ public:
     void Kill();
 
 private:
-    void Start(const std::string& strArgument);
-
     std::string m_strMainName;
     pid_t m_pid = -1;
 };

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "NyToolArgs.h"
-#include "NyVersion.h"
 #include "support/NyTestRun.h"
 
 namespace {
@@ -52,14 +51,13 @@ TEST(NyToolArgs, EverySpellingOfAnOptionOperandsAnywhereAndOneSentenceForAMistak
     }
 }
 
-TEST(NyToolArgs, HelpVersionAndUsageErrorLines) {
+TEST(NyToolArgs, HelpAndUsageErrorLines) {
     EXPECT_EQ(
         "  -l, --level LEVEL        x\n  -j, --json               x\n"
         "      --queue NAME         x\n"
         "  -h, --help               print this help and exit\n"
         "      --version            print the name and version and exit\n",
         NyToolOptionHelp(s_vOptions));
-    EXPECT_EQ(std::string("tool ") + NY_VERSION_STRING + "\n", NyToolVersionLine("tool"));
     testing::internal::CaptureStderr();
     EXPECT_EQ(2, NyToolUsageError("tool", "it went wrong"));
     EXPECT_EQ("tool: it went wrong\nTry 'tool --help'.\n", testing::internal::GetCapturedStderr());

@@ -62,9 +62,6 @@ protected:
         EXPECT_EQ(iExit, pRun->Wait(NY_WAIT_MS));
         return pRun->Output();
     }
-    bool WaitLabel(const std::string& strText) {
-        return NyTestWaitAccessible(m_pidServer, "label", strText, NY_WAIT_MS);
-    }
 
     static CNyTestDisplay* s_pDisplay;
     std::string m_strMain;
@@ -80,8 +77,10 @@ TEST_F(UictlDialogCommandTest, FingerprintEnrolmentIsFedAndStoppedFromTheShell) 
     auto pRun = Start({"fingerprint", "--enrol", "--update-after", "3000:0xEA", "--update-after",
                        "500:EF", "--stop-after", "5500", "--json"});
     EXPECT_FALSE(NyTestWaitWindow("^注册指纹$", NY_WAIT_MS).empty());
-    EXPECT_TRUE(WaitLabel("请将手指放在指纹识别区，进行录入指纹！"));
-    EXPECT_TRUE(WaitLabel("请更换手指再次录入指纹！"));
+    for (const char* szLabel :
+         {"请将手指放在指纹识别区，进行录入指纹！", "请更换手指再次录入指纹！"}) {
+        EXPECT_TRUE(NyTestWaitAccessible(m_pidServer, "label", szLabel, NY_WAIT_MS)) << szLabel;
+    }
     EXPECT_EQ(0, pRun->Wait(NY_WAIT_MS));
     // The answer is the terminate's: done.
     EXPECT_EQ(
@@ -92,16 +91,14 @@ TEST_F(UictlDialogCommandTest, FingerprintEnrolmentIsFedAndStoppedFromTheShell) 
     EXPECT_TRUE(NyTestFindWindows("^注册指纹$").empty());
 }
 
-// Without a stop the program returns when the confirmation's countdown has run out.
-TEST_F(UictlDialogCommandTest, ConfirmationEndsWithItsCountdown) {
+// Without a stop the program returns when the confirmation's countdown has run out; Ctrl-C
+// closes the dialog at once.
+TEST_F(UictlDialogCommandTest, ConfirmationEndsWithItsCountdownOrCtrlC) {
     auto pEnd = Start({"confirm", "--timeout", "2"});
     EXPECT_FALSE(NyTestWaitWindow(NY_CONFIRM_TITLE, NY_WAIT_MS).empty());
     EXPECT_EQ(6, pEnd->Wait(NY_WAIT_MS));
     EXPECT_EQ("ukey-uictl: no answer within 2 s; the dialog was closed\n", pEnd->Output());
     EXPECT_TRUE(NyTestFindWindows(NY_CONFIRM_TITLE).empty());
-}
-
-TEST_F(UictlDialogCommandTest, CtrlCClosesTheDialogAndExits130) {
     auto pRun = Start({"confirm", "--timeout", "60"});
     EXPECT_FALSE(NyTestWaitWindow(NY_CONFIRM_TITLE, NY_WAIT_MS).empty());
     kill(pRun->Pid(), SIGINT);

@@ -90,24 +90,24 @@ TEST_F(NyMutexTest, LockBytesMatchWhatOtherProgramsSee) {
     pid_t pid = Fork([&] {
         int iFd = open(IpcMutexPath(strName).c_str(), O_RDWR);
         IPC_CHILD_CHECK(iFd >= 0, 1);
-        struct flock stProbe = {};
-        stProbe.l_type = F_WRLCK;
-        stProbe.l_whence = SEEK_SET;
-        stProbe.l_len = 1;
+        // Plain one-byte write-lock description, independent of the code under test.
+        auto Byte = [](off_t u8Byte) {
+            struct flock st = {};
+            st.l_type = F_WRLCK;
+            st.l_whence = SEEK_SET;
+            st.l_start = u8Byte;
+            st.l_len = 1;
+            return st;
+        };
         for (off_t u8Byte : {1, 2}) {
-            stProbe.l_type = F_WRLCK;
-            stProbe.l_start = u8Byte;
+            struct flock stProbe = Byte(u8Byte);
             IPC_CHILD_CHECK(fcntl(iFd, F_GETLK, &stProbe) == 0, 2);
             IPC_CHILD_CHECK(stProbe.l_pid == pidParent, 3);
             IPC_CHILD_CHECK(stProbe.l_type == (u8Byte == 1 ? F_RDLCK : F_WRLCK), 4);
         }
         sigProbed.Post();
         IPC_CHILD_CHECK(sigReleased.Await(5000), 5);
-        struct flock stLock = {};
-        stLock.l_type = F_WRLCK;
-        stLock.l_whence = SEEK_SET;
-        stLock.l_start = 2;
-        stLock.l_len = 1;
+        struct flock stLock = Byte(2);
         IPC_CHILD_CHECK(fcntl(iFd, F_SETLKW, &stLock) == 0, 6);
         sigChildLocked.Post();
         pause();

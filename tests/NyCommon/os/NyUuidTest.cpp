@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
-#include <regex>
 #include <set>
 #include <string>
 
@@ -10,10 +10,18 @@
 
 namespace {
 
-// Upper-case hexadecimal in the 8-4-4-4-12 grouping.
 bool IsGuidText(const std::string& str) {
-    static const std::regex s_re("[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}");
-    return std::regex_match(str, s_re);
+    if (str.size() != 36) {
+        return false;
+    }
+    for (size_t i = 0; i < str.size(); ++i) {
+        bool bDash = i == 8 || i == 13 || i == 18 || i == 23;
+        char c = str[i];
+        if (bDash ? c != '-' : !(isdigit(c) || (c >= 'A' && c <= 'F'))) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace

@@ -45,7 +45,7 @@ TEST_F(NyEventTest, SecondProcessJoinsAndSharesStateUntilTheLastHolderCloses) {
     EXPECT_EQ(0, Join(pid));
 }
 
-TEST_F(NyEventTest, AutoResetResetAndPrivateNamelessEvents) {
+TEST_F(NyEventTest, AutoResetResetTimeOutModesAndPrivateNamelessEvents) {
     NY_EVENT_HANDLE hEvent = nullptr;
     ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
     EXPECT_EQ(NY_OK, NyEventSet(hEvent));
@@ -54,7 +54,21 @@ TEST_F(NyEventTest, AutoResetResetAndPrivateNamelessEvents) {
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0)) << "two sets, one wake";
     EXPECT_EQ(NY_OK, NyEventSet(hEvent));
     EXPECT_EQ(NY_OK, NyEventReset(hEvent));
+    // Reset held; then the three time-out modes: poll, bounded (its own code), infinite.
+    unsigned long long u8Start = NyOsGetTickCount64();
     EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
+    EXPECT_LT(NyOsGetTickCount64() - u8Start, 100u);
+    u8Start = NyOsGetTickCount64();
+    EXPECT_EQ(static_cast<uint32_t>(EAGAIN), NyEventWait(hEvent, 120));
+    unsigned long long u8Elapsed = NyOsGetTickCount64() - u8Start;
+    EXPECT_GE(u8Elapsed, 110u);
+    EXPECT_LT(u8Elapsed, 1000u);
+    std::thread thSetter([hEvent] {
+        usleep(50000);
+        NyEventSet(hEvent);
+    });
+    EXPECT_EQ(NY_OK, NyEventWait(hEvent, NY_WAIT_INFINITE));
+    thSetter.join();
     EXPECT_EQ(NY_OK, NyEventClose(hEvent));
 
     NY_EVENT_HANDLE hFirst = nullptr;
@@ -72,26 +86,6 @@ TEST_F(NyEventTest, AutoResetResetAndPrivateNamelessEvents) {
     EXPECT_EQ(NY_ERR_CREATE_FAILED, NyEventOpen(NewName("absent").c_str(), &hEvent));
     EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen("", &hEvent));
     EXPECT_EQ(NY_ERR_NOT_FOUND, NyEventOpen(nullptr, &hEvent));
-}
-
-TEST_F(NyEventTest, TimeOutModesReturnTheirOwnCodes) {
-    NY_EVENT_HANDLE hEvent = nullptr;
-    ASSERT_EQ(NY_OK, NyEventCreate(NewName("ev").c_str(), &hEvent));
-    unsigned long long u8Start = NyOsGetTickCount64();
-    EXPECT_EQ(NY_ERR_TIMEOUT, NyEventWait(hEvent, 0));
-    EXPECT_LT(NyOsGetTickCount64() - u8Start, 100u);
-    u8Start = NyOsGetTickCount64();
-    EXPECT_EQ(static_cast<uint32_t>(EAGAIN), NyEventWait(hEvent, 120));
-    unsigned long long u8Elapsed = NyOsGetTickCount64() - u8Start;
-    EXPECT_GE(u8Elapsed, 110u);
-    EXPECT_LT(u8Elapsed, 1000u);
-    std::thread thSetter([hEvent] {
-        usleep(50000);
-        NyEventSet(hEvent);
-    });
-    EXPECT_EQ(NY_OK, NyEventWait(hEvent, NY_WAIT_INFINITE));
-    thSetter.join();
-    EXPECT_EQ(NY_OK, NyEventClose(hEvent));
 }
 
 TEST_F(NyEventTest, StaleSetOfKilledHolderIsReplacedOnCreate) {

@@ -20,14 +20,13 @@ namespace {
 
 class NyIpcAnchorTest : public CIpcTest {};
 
-// Maps this process's anchor; null when there is none.
-BlkIpcAnchorTag* MapOwnAnchor() {
+// Maps this process's anchor (made first when bCreate); null when there is none.
+BlkIpcAnchorTag* MapOwnAnchor(bool bCreate = false) {
     char szName[NY_ANCHOR_NAME_SIZE];
-    if (!GetSHDataName(szName, sizeof(szName))) {
-        return nullptr;
-    }
-    int iFd = shm_open(szName, O_RDWR, 0);
-    if (iFd < 0) {
+    int iFd = GetSHDataName(szName, sizeof(szName))
+                  ? shm_open(szName, O_RDWR | (bCreate ? O_CREAT : 0), 0666)
+                  : -1;
+    if (iFd < 0 || (bCreate && ftruncate(iFd, sizeof(BlkIpcAnchorTag)) != 0)) {
         return nullptr;
     }
     void* pv = mmap(nullptr, sizeof(BlkIpcAnchorTag), PROT_READ | PROT_WRITE, MAP_SHARED, iFd, 0);
@@ -46,16 +45,7 @@ uintptr_t AnchorTable(const BlkIpcAnchorTag* pAnchor) {
 // Writes an anchor under this process's name as an earlier process with our pid would have
 // left it.
 bool PlantAnchor(uint32_t u4State, uint32_t u4SpinLock, uintptr_t uTable) {
-    char szName[NY_ANCHOR_NAME_SIZE];
-    if (!GetSHDataName(szName, sizeof(szName))) {
-        return false;
-    }
-    int iFd = shm_open(szName, O_RDWR | O_CREAT, 0666);
-    if (iFd < 0 || ftruncate(iFd, sizeof(BlkIpcAnchorTag)) != 0) {
-        return false;
-    }
-    close(iFd);
-    BlkIpcAnchorTag* pAnchor = MapOwnAnchor();
+    BlkIpcAnchorTag* pAnchor = MapOwnAnchor(true);
     if (pAnchor == nullptr) {
         return false;
     }

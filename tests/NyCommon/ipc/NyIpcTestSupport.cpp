@@ -28,8 +28,7 @@ CIpcSignal::~CIpcSignal() {
 }
 
 void CIpcSignal::Post() {
-    char ch = 'x';
-    ssize_t cb = write(m_aiPipe[1], &ch, 1);
+    ssize_t cb = write(m_aiPipe[1], "x", 1);
     (void)cb;
 }
 
@@ -97,10 +96,7 @@ bool IpcPathExists(const std::string& strPath) {
 
 int IpcEventHolders(const std::string& strName) {
     int iSemId = semget(static_cast<key_t>(UnixName2Key(NY_KEY_KIND_EVENT, strName.c_str())), 0, 0);
-    if (iSemId < 0) {
-        return -1;
-    }
-    return semctl(iSemId, 1, GETVAL);
+    return iSemId < 0 ? -1 : semctl(iSemId, 1, GETVAL);
 }
 
 int IpcOpenDescriptors(const std::string& strPath) {

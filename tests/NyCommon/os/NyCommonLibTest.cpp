@@ -16,6 +16,17 @@ bool LoggerExists() {
     return NyLogSetParam(&blkOff) != NY_ERR_NOT_INITIALISED;
 }
 
+// Runs pfn on iCount threads at once.
+void OnThreads(int iCount, void (*pfn)()) {
+    std::vector<std::thread> vThreads;
+    for (int t = 0; t < iCount; ++t) {
+        vThreads.emplace_back(pfn);
+    }
+    for (std::thread& thread : vThreads) {
+        thread.join();
+    }
+}
+
 }  // namespace
 
 // Starts and stops from several threads keep an exact count: the first start starts logging,
@@ -24,21 +35,8 @@ TEST(NyCommonLib, FirstStartStartsLoggingAndLastStopEndsIt) {
     CNyTestLogCapture capture(false);
     EXPECT_EQ(NyCommonLibRelease(), 0xFFFFFFFFu);
     EXPECT_FALSE(LoggerExists());
-    const int iThreads = 6;
-    std::vector<std::thread> vThreads;
-    for (int t = 0; t < iThreads; ++t) {
-        vThreads.emplace_back([] { EXPECT_EQ(NyCommonLibInit(), NY_OK); });
-    }
-    for (std::thread& thread : vThreads) {
-        thread.join();
-    }
-    vThreads.clear();
-    for (int t = 0; t < iThreads - 1; ++t) {
-        vThreads.emplace_back([] { EXPECT_EQ(NyCommonLibRelease(), NY_OK); });
-    }
-    for (std::thread& thread : vThreads) {
-        thread.join();
-    }
+    OnThreads(6, [] { EXPECT_EQ(NyCommonLibInit(), NY_OK); });
+    OnThreads(5, [] { EXPECT_EQ(NyCommonLibRelease(), NY_OK); });
     EXPECT_TRUE(LoggerExists()) << "stopped while still started once";
     NY_LOG(LOG_INFO, "still running");
     EXPECT_EQ(NyCommonLibRelease(), NY_OK);

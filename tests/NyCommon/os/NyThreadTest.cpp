@@ -11,92 +11,69 @@
 
 namespace {
 
-// What a test thread sees; the thread gets the address of the caller's handle variable, which
-// NyThreadBegin fills before the thread runs.
-struct BlkThreadProbeTag {
-    NY_THREAD_HANDLE* phThread;
-    std::atomic<bool> bStarted{false};
-    std::atomic<bool> bLeftLoop{false};
-    std::atomic<int32_t> i4StateSeen{-1};
+// Starts one thread with the fixture as its argument; NyThreadBegin fills m_hThread before the
+// thread runs, so the entry functions may read it.
+class NyThreadTest : public ::testing::Test {
+public:
+    void Start(PFN_NY_THREAD_ENTRY pfnEntry) {
+        ASSERT_EQ(NyThreadBegin(pfnEntry, this, &m_hThread), NY_OK);
+        ASSERT_TRUE(NyTestWaitUntil([&] { return m_bStarted.load(); }, 5000));
+    }
+    // Ends the thread and returns how long that took in milliseconds.
+    uint64_t TimedEnd() {
+        uint64_t u8Start = NyOsGetTickCount64();
+        EXPECT_EQ(NyThreadEnd(m_hThread), NY_OK);
+        return NyOsGetTickCount64() - u8Start;
+    }
+    static void* ReturnAtOnce(void* pvArg) {
+        static_cast<NyThreadTest*>(pvArg)->m_bStarted = true;
+        return nullptr;
+    }
+    static void* PollUntilAskedToExit(void* pvArg) {
+        auto* pSelf = static_cast<NyThreadTest*>(pvArg);
+        NyThreadSetState(pSelf->m_hThread, NY_THREAD_RUNNING);
+        pSelf->m_bStarted = true;
+        while (!NyThreadShouldExit(pSelf->m_hThread)) {
+            usleep(1000);
+        }
+        pSelf->m_i4StateSeen = NyThreadGetState(pSelf->m_hThread);
+        pSelf->m_bLeftLoop = true;
+        return nullptr;
+    }
+    static void* IgnoreExitRequests(void* pvArg) {
+        auto* pSelf = static_cast<NyThreadTest*>(pvArg);
+        pSelf->m_bStarted = true;
+        for (;;) {
+            pSelf->m_i4StateSeen = NyThreadGetState(pSelf->m_hThread);
+            usleep(1000);  // a cancellation point, nothing more
+        }
+    }
+    NY_THREAD_HANDLE m_hThread = nullptr;
+    std::atomic<bool> m_bStarted{false};
+    std::atomic<bool> m_bLeftLoop{false};
+    std::atomic<int32_t> m_i4StateSeen{-1};
 };
 
-void* ReturnAtOnce(void* pvArg) {
-    static_cast<BlkThreadProbeTag*>(pvArg)->bLeftLoop = true;
-    return nullptr;
+TEST_F(NyThreadTest, CooperativeThreadSeesTheExitRequestAndIsJoined) {
+    Start(PollUntilAskedToExit);
+    EXPECT_EQ(NyThreadGetState(m_hThread), NY_THREAD_RUNNING);
+    EXPECT_FALSE(m_bLeftLoop);
+    EXPECT_LT(TimedEnd(), 1500u);  // well before the 3 s cancel
+    EXPECT_TRUE(m_bLeftLoop) << "NyThreadEnd returned before the thread ended";
+    EXPECT_EQ(m_i4StateSeen, NY_THREAD_EXIT_ASKED);
 }
 
-void* PollUntilAskedToExit(void* pvArg) {
-    auto* pProbe = static_cast<BlkThreadProbeTag*>(pvArg);
-    NyThreadSetState(*pProbe->phThread, NY_THREAD_RUNNING);
-    pProbe->bStarted = true;
-    while (!NyThreadShouldExit(*pProbe->phThread)) {
-        usleep(1000);
-    }
-    pProbe->i4StateSeen = NyThreadGetState(*pProbe->phThread);
-    pProbe->bLeftLoop = true;
-    return nullptr;
-}
-
-void* IgnoreExitRequests(void* pvArg) {
-    auto* pProbe = static_cast<BlkThreadProbeTag*>(pvArg);
-    pProbe->bStarted = true;
-    for (;;) {
-        pProbe->i4StateSeen = NyThreadGetState(*pProbe->phThread);
-        usleep(1000);  // a cancellation point, nothing more
-    }
-    pProbe->bLeftLoop = true;
-    return nullptr;
-}
-
-// A started thread with its probe; the probe lives as long as the test.
-struct BlkStartedThreadTag {
-    BlkThreadProbeTag probe;
-    NY_THREAD_HANDLE hThread = nullptr;
-};
-
-void StartThread(PFN_NY_THREAD_ENTRY pfnEntry, BlkStartedThreadTag* pStarted, bool bWaitStarted) {
-    pStarted->probe.phThread = &pStarted->hThread;
-    ASSERT_EQ(NyThreadBegin(pfnEntry, &pStarted->probe, &pStarted->hThread), NY_OK);
-    if (bWaitStarted) {
-        ASSERT_TRUE(NyTestWaitUntil([&] { return pStarted->probe.bStarted.load(); }, 5000));
-    }
-}
-
-}  // namespace
-
-TEST(NyThread, CooperativeThreadSeesTheExitRequestAndIsJoined) {
-    BlkStartedThreadTag t;
-    StartThread(PollUntilAskedToExit, &t, true);
-    BlkThreadProbeTag& probe = t.probe;
-    NY_THREAD_HANDLE hThread = t.hThread;
-    EXPECT_EQ(NyThreadGetState(hThread), NY_THREAD_RUNNING);
-    EXPECT_FALSE(probe.bLeftLoop);
-    uint64_t u8Start = NyOsGetTickCount64();
-    EXPECT_EQ(NyThreadEnd(hThread), NY_OK);
-    EXPECT_LT(NyOsGetTickCount64() - u8Start, 1500u);  // well before the 3 s cancel
-    EXPECT_TRUE(probe.bLeftLoop) << "NyThreadEnd returned before the thread ended";
-    EXPECT_EQ(probe.i4StateSeen, NY_THREAD_EXIT_ASKED);
-}
-
-TEST(NyThread, UncooperativeThreadIsCancelledAfterAbout3Seconds) {
-    BlkStartedThreadTag t;
-    StartThread(IgnoreExitRequests, &t, true);
-    BlkThreadProbeTag& probe = t.probe;
-    NY_THREAD_HANDLE hThread = t.hThread;
-    uint64_t u8Start = NyOsGetTickCount64();
-    EXPECT_EQ(NyThreadEnd(hThread), NY_OK);
-    uint64_t u8Elapsed = NyOsGetTickCount64() - u8Start;
+TEST_F(NyThreadTest, UncooperativeThreadIsCancelledAfterAbout3Seconds) {
+    Start(IgnoreExitRequests);
+    uint64_t u8Elapsed = TimedEnd();
     EXPECT_GE(u8Elapsed, 2800u);
     EXPECT_LT(u8Elapsed, 10000u);
-    EXPECT_FALSE(probe.bLeftLoop);
-    EXPECT_EQ(probe.i4StateSeen, NY_THREAD_EXIT_ASKED) << "the request was made before cancelling";
+    EXPECT_EQ(m_i4StateSeen, NY_THREAD_EXIT_ASKED) << "the request was made before cancelling";
 }
 
-TEST(NyThread, StateAcceptsOnlyRunningAskedAndEnded) {
-    BlkStartedThreadTag t;
-    StartThread(ReturnAtOnce, &t, false);
-    NY_THREAD_HANDLE hThread = t.hThread;
-    EXPECT_EQ(NyThreadGetState(hThread), NY_THREAD_STARTED);
+TEST_F(NyThreadTest, StateAcceptsOnlyRunningAskedAndEnded) {
+    Start(ReturnAtOnce);
+    EXPECT_EQ(NyThreadGetState(m_hThread), NY_THREAD_STARTED);
     struct {
         int32_t i4State;
         uint32_t u4Result;
@@ -108,8 +85,8 @@ TEST(NyThread, StateAcceptsOnlyRunningAskedAndEnded) {
                   {-1, NY_ERR_INVALID_ARGUMENT, 3},
                   {2, NY_OK, 2}};
     for (const auto& c : aCases) {
-        EXPECT_EQ(NyThreadSetState(hThread, c.i4State), c.u4Result) << c.i4State;
-        EXPECT_EQ(NyThreadGetState(hThread), c.i4After) << c.i4State;
+        EXPECT_EQ(NyThreadSetState(m_hThread, c.i4State), c.u4Result) << c.i4State;
+        EXPECT_EQ(NyThreadGetState(m_hThread), c.i4After) << c.i4State;
     }
     EXPECT_EQ(NyThreadSetState(nullptr, 1), NY_ERR_INVALID_ARGUMENT);
     NY_THREAD_HANDLE hNone = nullptr;
@@ -119,23 +96,22 @@ TEST(NyThread, StateAcceptsOnlyRunningAskedAndEnded) {
     EXPECT_EQ(NyThreadEnd(nullptr), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(NyThreadGetState(nullptr), 0);
     EXPECT_FALSE(NyThreadShouldExit(nullptr));
-    EXPECT_EQ(NyThreadEnd(hThread), NY_OK);
+    EXPECT_EQ(NyThreadEnd(m_hThread), NY_OK);
 }
 
-TEST(NyThread, BeginMakesTheCallerAsynchronouslyCancellable) {
-    // Checked on a thread of its own so that the test runner's thread keeps its settings.
-    pthread_t hCaller;
+// Checked on a thread of its own so that the test runner's thread keeps its settings.
+TEST_F(NyThreadTest, BeginMakesTheCallerAsynchronouslyCancellable) {
     static int s_iTypeAfterBegin = -1;
-    pthread_create(
-        &hCaller, nullptr,
-        [](void*) -> void* {
-            BlkStartedThreadTag t;
-            StartThread(ReturnAtOnce, &t, false);
-            pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &s_iTypeAfterBegin);
-            NyThreadEnd(t.hThread);
-            return nullptr;
-        },
-        nullptr);
+    pthread_t hCaller;
+    auto pfnCaller = [](void* pvSelf) -> void* {
+        static_cast<NyThreadTest*>(pvSelf)->Start(ReturnAtOnce);
+        pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &s_iTypeAfterBegin);
+        NyThreadEnd(static_cast<NyThreadTest*>(pvSelf)->m_hThread);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&hCaller, nullptr, pfnCaller, this), 0);
     pthread_join(hCaller, nullptr);
     EXPECT_EQ(s_iTypeAfterBegin, PTHREAD_CANCEL_ASYNCHRONOUS);
 }
+
+}  // namespace

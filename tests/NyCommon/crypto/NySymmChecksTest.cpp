@@ -1,7 +1,7 @@
-// Argument checks of the cipher facade in their order, the size query and the special cases.
+// Argument checks of the cipher facade in their order, the size query, the special cases and
+// the external block ciphers behind identifiers 256 and 512.
 #include <gtest/gtest.h>
 
-#include <string>
 #include <vector>
 
 #include "crypto/NySymm.h"
@@ -56,35 +56,64 @@ TEST(SymmChecks, ReturnsTheCodeOfTheFirstFailingCheckAndWritesOnlyOnSuccess) {
     }
 }
 
-// Callers encipher in place (the UI block's protected region, for one). Key sizes are checked
-// against every vector by the known answers; block sizes here.
-TEST(SymmInPlace, SameBufferGivesTheSameResultBlockSizesAndRc4RefusesAnIv) {
-    std::vector<uint8_t> vPlain(64);
-    for (size_t i = 0; i < vPlain.size(); ++i) {
-        vPlain[i] = uint8_t(i * 13 + 1);
-    }
-    const std::pair<uint32_t, uint32_t> aBlocks[] = {{NY_SYMM_DES, 8},     {NY_SYMM_TDES_3KEY, 8},
-                                                     {NY_SYMM_AES192, 16}, {NY_SYMM_SM4, 16},
-                                                     {NY_SYMM_RC2_40, 8},  {NY_SYMM_RC4, 1}};
-    uint32_t u4Block = 0, u4Key = 0, u4Len = 64;
-    for (const auto& b : aBlocks) {
-        ASSERT_EQ(NySymmGetInfo(b.first, &u4Block, &u4Key), NY_OK);
-        EXPECT_EQ(u4Block, b.second) << b.first;
-        std::vector<uint8_t> vSeparate(64), vInPlace = vPlain;
-        ASSERT_EQ(NySymmEncEcb(b.first, kKey, vPlain.data(), 64, vSeparate.data(), &u4Len), 0u);
-        ASSERT_EQ(NySymmEncEcb(b.first, kKey, vInPlace.data(), 64, vInPlace.data(), &u4Len), 0u);
-        EXPECT_EQ(vInPlace, vSeparate) << b.first;
-        ASSERT_EQ(NySymmDecEcb(b.first, kKey, vInPlace.data(), 64, vInPlace.data(), &u4Len), 0u);
-        EXPECT_EQ(vInPlace, vPlain) << b.first;
-    }
+TEST(SymmChecks, Rc4RefusesAnIvAndSizeQueriesCheckTheirArguments) {
     uint8_t au1In[5] = {1, 2, 3, 4, 5}, au1Out[5] = {};  // RC4 refuses an IV, writes nothing
-    u4Len = sizeof(au1Out);
+    uint32_t u4Block = 0, u4Key = 0, u4Len = sizeof(au1Out);
     EXPECT_EQ(NySymmDecCbc(NY_SYMM_RC4, kKey, kIv, au1In, 5, au1Out, &u4Len), NY_ERR_SYMM_RC4_IV);
     EXPECT_EQ(std::vector<uint8_t>(au1Out, au1Out + 5), std::vector<uint8_t>(5, 0));
     ASSERT_EQ(NySymmGetInfo(NY_SYMM_UNSUPPORTED_5, &u4Block, &u4Key), NY_OK);
     EXPECT_EQ(u4Block, 1u);
     EXPECT_EQ(NySymmGetInfo(64, &u4Block, &u4Key), NY_ERR_INVALID_ARGUMENT);
     EXPECT_EQ(NySymmGetInfo(8, nullptr, &u4Key), NY_ERR_INVALID_ARGUMENT);
+}
+
+struct ExternCall {
+    int iCalls;
+    uint32_t u4AlgId;
+    EnBool enCbc, enEncrypt;
+    const uint8_t *pu1Key, *pu1Iv;
+    uint32_t u4InLen, u4Capacity;
+} m_call;
+
+uint32_t FakeCipher(uint32_t u4AlgId, EnBool enCbc, EnBool enEncrypt, const uint8_t* pu1Key,
+                    const uint8_t* pu1Iv, const uint8_t*, uint32_t u4InLen, uint8_t*,
+                    uint32_t* pu4OutLen) {
+    m_call = {m_call.iCalls + 1, u4AlgId, enCbc, enEncrypt, pu1Key, pu1Iv, u4InLen, *pu4OutLen};
+    return 0x1234;  // the implementation's own code is passed through
+}
+
+TEST(SymmExtern, RegistrationRefusalsAndDispatchOfTheCheckedRequest) {
+    uint8_t au1Key[16] = {}, au1In[32] = {}, au1Out[48] = {};
+    uint32_t u4Len = sizeof(au1Out);
+    auto Enc = [&](uint32_t u4AlgId, const uint8_t* pu1Iv) {
+        return pu1Iv ? NySymmEncCbc(u4AlgId, au1Key, pu1Iv, au1In, 32, au1Out, &u4Len)
+                     : NySymmEncEcb(u4AlgId, au1Key, au1In, 32, au1Out, &u4Len);
+    };
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_1, nullptr), NY_ERR_SYMM_NO_EXTERN);
+    for (uint32_t u4AlgId : {0u, 1u, 128u, 768u, 1024u}) {
+        EXPECT_EQ(NySymmSetExternImpl(u4AlgId, 0, FakeCipher), NY_ERR_INVALID_ARGUMENT);
+    }
+    EXPECT_EQ(NySymmSetExternImpl(NY_SYMM_EXTERN_1, 0, FakeCipher), NY_OK);
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_2, nullptr), NY_ERR_SYMM_NO_EXTERN)
+        << "registrations are per identifier";
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_1, kIv), NY_ERR_SYMM_NO_EXTERN);
+    EXPECT_EQ(m_call.iCalls, 0);
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_1, nullptr), 0x1234u);
+    NySymmSetExternImpl(NY_SYMM_EXTERN_1, 0, nullptr);
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_1, nullptr), NY_ERR_SYMM_NO_EXTERN);
+    EXPECT_EQ(m_call.iCalls, 1);
+    // The implementation gets the checked request as asked.
+    EXPECT_EQ(NySymmSetExternImpl(NY_SYMM_EXTERN_2, NY_SYMM_EXTERN_CAP_CBC, FakeCipher), NY_OK);
+    EXPECT_EQ(Enc(NY_SYMM_EXTERN_2, kIv), 0x1234u);
+    EXPECT_TRUE(m_call.u4AlgId == NY_SYMM_EXTERN_2 && m_call.enCbc == NY_TRUE &&
+                m_call.enEncrypt == NY_TRUE && m_call.pu1Key == au1Key && m_call.pu1Iv == kIv &&
+                m_call.u4InLen == 32u && m_call.u4Capacity == 48u);
+    EXPECT_EQ(NySymmDecEcb(NY_SYMM_EXTERN_2, au1Key, au1In, 32, au1Out, &u4Len), 0x1234u);
+    EXPECT_TRUE(m_call.enCbc == NY_FALSE && m_call.enEncrypt == NY_FALSE);
+    EXPECT_EQ(NySymmEncEcb(NY_SYMM_EXTERN_2, au1Key, au1In, 20, au1Out, &u4Len),
+              NY_ERR_SYMM_NOT_BLOCKS);
+    EXPECT_EQ(m_call.iCalls, 3) << "length checks come before the implementation";
+    NySymmSetExternImpl(NY_SYMM_EXTERN_2, 0, nullptr);
 }
 
 }  // namespace

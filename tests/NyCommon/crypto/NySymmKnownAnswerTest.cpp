@@ -48,11 +48,8 @@ const SymmVector kVectors[] = {
 std::vector<uint8_t> Cipher(bool bEncrypt, const SymmVector& v, const std::vector<uint8_t>& vIn) {
     const std::vector<uint8_t> vKey = NyTestFromHex(v.szKey), vIv = NyTestFromHex(v.szIv);
     // Decryption works in place, as callers do on the UI block's protected region.
-    std::vector<uint8_t> vOut(vIn.size());
+    std::vector<uint8_t> vOut = vIn;
     const uint8_t* pu1In = bEncrypt ? vIn.data() : vOut.data();
-    if (!bEncrypt) {
-        vOut = vIn;
-    }
     uint32_t u4Len = uint32_t(vOut.size()), u4Result;
     if (vIv.empty()) {
         u4Result = (bEncrypt ? NySymmEncEcb : NySymmDecEcb)(v.u4AlgId, vKey.data(), pu1In, u4Len,

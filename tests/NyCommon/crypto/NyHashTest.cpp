@@ -1,10 +1,14 @@
-// Hash facade: published digests for every identifier NyHashData takes, and its refusals.
+// Hash facade: published digests for every identifier NyHashData takes, and its refusals; the
+// Keccak sponge with the FIPS 202 padding against libcrypto's SHA-3.
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
 
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "crypto/NyHash.h"
+#include "crypto/NyKeccak.h"
 #include "support/NyTestHex.h"
 
 namespace {
@@ -60,22 +64,46 @@ TEST(HashData, DigestsToThePublishedValuesAndRefusesWithZero) {
     }
     // Refusals return zero and write nothing.
     const uint8_t au1Data[3] = {'a', 'b', 'c'};
-    const struct {
-        uint32_t u4AlgId;
-        const uint8_t* pu1Data;
-        uint32_t u4Len;
-        bool bNullOut;
-    } aCases[] = {{NY_HASH_SHA1, au1Data, 0, false},   {NY_HASH_SHA1, nullptr, 3, false},
-                  {NY_HASH_SHA1, au1Data, 3, true},    {NY_HASH_MD5_SHA1, au1Data, 3, false},
-                  {NY_HASH_CUSTOM, au1Data, 3, false}, {0x80000000, au1Data, 3, false},
-                  {0x80000011, au1Data, 3, false}};
-    for (const auto& c : aCases) {
-        std::vector<uint8_t> vDigest(NY_HASH_MAX_DIGEST, 0xCC);
-        EXPECT_EQ(NyHashData(c.u4AlgId, c.pu1Data, c.u4Len, c.bNullOut ? nullptr : vDigest.data()),
-                  0u)
-            << std::hex << c.u4AlgId << " length " << c.u4Len;
-        EXPECT_EQ(vDigest, std::vector<uint8_t>(NY_HASH_MAX_DIGEST, 0xCC));
+    std::vector<uint8_t> vDigest(NY_HASH_MAX_DIGEST, 0xCC);
+    for (uint32_t u4AlgId :
+         {uint32_t(NY_HASH_MD5_SHA1), uint32_t(NY_HASH_CUSTOM), 0x80000000u, 0x80000011u}) {
+        EXPECT_EQ(NyHashData(u4AlgId, au1Data, 3, vDigest.data()), 0u) << std::hex << u4AlgId;
     }
+    EXPECT_EQ(NyHashData(NY_HASH_SHA1, au1Data, 0, vDigest.data()), 0u);
+    EXPECT_EQ(NyHashData(NY_HASH_SHA1, nullptr, 3, vDigest.data()), 0u);
+    EXPECT_EQ(NyHashData(NY_HASH_SHA1, au1Data, 3, nullptr), 0u);
+    EXPECT_EQ(vDigest, std::vector<uint8_t>(NY_HASH_MAX_DIGEST, 0xCC));
+}
+
+// The SHA-3 padding agrees with libcrypto at every length across two blocks (the original
+// padding is pinned by the published vectors above).
+std::string LibcryptoSha3(uint32_t u4DigestLen, const std::vector<uint8_t>& vData) {
+    EVP_MD* pMd =
+        EVP_MD_fetch(nullptr, ("SHA3-" + std::to_string(u4DigestLen * 8)).c_str(), nullptr);
+    uint8_t au1Digest[64] = {};
+    unsigned int u4Len = 0;
+    const bool bOk = EVP_Digest(vData.data(), vData.size(), au1Digest, &u4Len, pMd, nullptr) == 1;
+    EVP_MD_free(pMd);
+    return bOk ? NyTestToHex(au1Digest, u4Len) : "libcrypto failed";
+}
+
+TEST(Keccak, Sha3PaddingAgreesWithLibcryptoAtEveryLengthAcrossTwoBlocks) {
+    for (uint32_t u4DigestLen : {28u, 32u, 48u, 64u}) {
+        const uint32_t u4Rate = 200 - 2 * u4DigestLen;
+        for (uint32_t u4Len = 0; u4Len <= 2 * u4Rate + 1; ++u4Len) {
+            std::vector<uint8_t> vData(u4Len);
+            for (uint32_t i = 0; i < u4Len; ++i) {
+                vData[i] = uint8_t(i * 31 + u4Len);
+            }
+            uint8_t au1Digest[64] = {};
+            ASSERT_TRUE(
+                NyKeccakDigest(NY_KECCAK_PAD_SHA3, u4DigestLen, vData.data(), u4Len, au1Digest));
+            ASSERT_EQ(NyTestToHex(au1Digest, u4DigestLen), LibcryptoSha3(u4DigestLen, vData))
+                << "digest " << u4DigestLen << " length " << u4Len;
+        }
+    }
+    uint8_t au1Digest[64];
+    EXPECT_FALSE(NyKeccakDigest(NY_KECCAK_PAD_ORIGINAL, 20, nullptr, 0, au1Digest));
 }
 
 }  // namespace

@@ -40,7 +40,7 @@ TEST_F(E2eTest, TerminateIsAnsweredWhileAnotherSessionsDialogStaysOpen) {
         EXPECT_TRUE(NyTestWaitUntil([] { return NyE2eVerifyWindows() == 1; }, NY_E2E_WAIT_MS));
         EXPECT_EQ(NY_OK, pSecond->SendCommand(UI_CMD_GET_STATUS, &resp));
         EXPECT_EQ(UI_RESULT_PENDING, resp.enRes);
-        EnterPin("second");
+        NyE2eEnterPin(ServerPid(), "second");
         terminate.join();
         EXPECT_TRUE(bPrompt) << "round " << i << ": terminate answered after "
                              << u8AnsweredMs.load() << " ms";

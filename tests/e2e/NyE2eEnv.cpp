@@ -79,10 +79,6 @@ pid_t E2eTest::SpawnUictl(std::vector<std::string> vArgs, const std::string& str
                        [](pid_t pid) { return !IdContainedInAnotherLiveId(pid); });
 }
 
-void E2eTest::EnterPin(const std::string& strPin) const {
-    NyE2eEnterPin(ServerPid(), strPin);
-}
-
 void NyE2eEnterPin(pid_t pidServer, const std::string& strPin) {
     BlkTestAccessibleTag entry;
     ASSERT_TRUE(NyTestWaitAccessible(pidServer, "password text",
@@ -97,7 +93,7 @@ std::string E2eTest::AnswerVerify(CNyUiClient* pClient, const std::string& strPi
     tagBlkUiParam resp;
     EXPECT_EQ(NY_OK, pClient->Exchange(&req, &resp));
     EXPECT_FALSE(NyE2eWaitVerifyWindow().empty());
-    EnterPin(strPin);
+    NyE2eEnterPin(ServerPid(), strPin);
     EXPECT_EQ(NY_OK, pClient->PollUntilDone(&resp, 20, NY_E2E_WAIT_MS));
     pClient->SendCommand(UI_CMD_TERMINATE, &req);
     return NyE2ePin(resp);

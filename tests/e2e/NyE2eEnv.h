@@ -41,8 +41,6 @@ protected:
     // counts a client alive while some live id contains its id, so a client killed by a test
     // must not share its digits with a process that outlives it.
     pid_t SpawnUictl(std::vector<std::string> vArgs, const std::string& strOutput = "") const;
-    // NyE2eEnterPin into the test's server.
-    void EnterPin(const std::string& strPin) const;
     // Starts an asynchronous verify dialog through pClient, types strPin into it and returns
     // what the final poll carried ("" with a failure when it did not come).
     std::string AnswerVerify(CNyUiClient* pClient, const std::string& strPin) const;

@@ -62,15 +62,14 @@ std::vector<BlkTestAccessibleTag> NyTestShowingWithRole(
 
 bool NyTestWaitAccessible(pid_t pid, const std::string& strRole, const std::string& strName,
                           unsigned int u4TimeoutMs, BlkTestAccessibleTag* pFound) {
+    BlkTestAccessibleTag blkFound;
+    pFound = pFound != nullptr ? pFound : &blkFound;
     return NyTestWaitUntil(
         [&] {
             for (const BlkTestAccessibleTag& blk :
                  NyTestShowingWithRole(NyTestAccessibleTree(pid), strRole)) {
                 if (blk.strName == strName) {
-                    if (pFound != nullptr) {
-                        *pFound = blk;
-                    }
-                    return true;
+                    return *pFound = blk, true;
                 }
             }
             return false;

@@ -49,10 +49,10 @@ std::vector<uint8_t> NyTestCfgImageWithout(const uint8_t* pu1Image, uint32_t u4L
                                            uint32_t u4Id) {
     std::vector<uint8_t> vImage(pu1Image, pu1Image + u4Length);
     uint32_t u4Offset = FindEntry(pu1Image, u4Length, u4Id);
-    if (u4Offset == u4Length) {
-        return vImage;
+    if (u4Offset < u4Length) {
+        vImage.erase(vImage.begin() + u4Offset, vImage.begin() + u4Offset +
+                                                    NY_TEST_CFG_ENTRY_HEADER +
+                                                    ReadU32(pu1Image + u4Offset + 4));
     }
-    uint32_t u4End = u4Offset + NY_TEST_CFG_ENTRY_HEADER + ReadU32(pu1Image + u4Offset + 4);
-    vImage.erase(vImage.begin() + u4Offset, vImage.begin() + u4End);
     return vImage;
 }

@@ -36,9 +36,7 @@ pid_t SpawnGroup(std::vector<std::string> vArgs, int fdKeep = -1) {
         setpgid(0, 0);
         prctl(PR_SET_PDEATHSIG, SIGTERM);  // should the test be killed, its display goes too
         int fdNull = open("/dev/null", O_RDWR);
-        for (int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            dup2(fdNull, fd);
-        }
+        dup2(fdNull, STDIN_FILENO), dup2(fdNull, STDOUT_FILENO), dup2(fdNull, STDERR_FILENO);
         execvp(vArgv[0], vArgv.data());
         _exit(127);
     }
@@ -91,8 +89,7 @@ void EndGroup(pid_t* pPid) {
 
 bool Succeeds(const std::string& strCommand) {
     int iExit = -1;
-    NyTestShell(strCommand, &iExit);
-    return iExit == 0;
+    return NyTestShell(strCommand, &iExit), iExit == 0;
 }
 
 }  // namespace
@@ -156,6 +153,6 @@ void CNyTestDisplay::Stop() {
     EndGroup(&m_pidXvfb);
     if (!m_strName.empty()) {
         unsetenv("DISPLAY");
-        m_strName.clear();
     }
+    m_strName.clear();
 }

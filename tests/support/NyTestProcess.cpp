@@ -66,12 +66,9 @@ pid_t NyTestSpawn(const std::vector<std::string>& vArgs, const std::string& strO
 }
 
 int NyTestWaitChild(pid_t pid, unsigned int u4TimeoutMs) {
-    unsigned long long u8End = MonotonicMs() + u4TimeoutMs;
     int iStatus = 0;
     pid_t r = 0;
-    while ((r = waitpid(pid, &iStatus, WNOHANG)) == 0 && MonotonicMs() < u8End) {
-        usleep(2000);
-    }
+    NyTestWaitUntil([&] { return (r = waitpid(pid, &iStatus, WNOHANG)) != 0; }, u4TimeoutMs);
     if (r != pid) {
         return -1;
     }
@@ -83,8 +80,7 @@ void NyTestKillChild(pid_t pid) {
         return;
     }
     kill(pid, SIGKILL);
-    int iStatus = 0;
-    waitpid(pid, &iStatus, 0);
+    waitpid(pid, nullptr, 0);
 }
 
 std::string NyTestBinPath(const std::string& strName) {

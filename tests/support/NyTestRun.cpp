@@ -32,16 +32,14 @@ int CNyTestRun::Wait(unsigned int u4TimeoutMs) {
 }
 
 std::string CNyTestRun::Output() const {
-    std::ifstream file(m_strPath);
     std::stringstream ss;
-    ss << file.rdbuf();
+    ss << std::ifstream(m_strPath).rdbuf();
     return ss.str();
 }
 
 BlkTestRunTag NyTestRun(const std::vector<std::string>& vArgs, unsigned int u4TimeoutMs) {
     CNyTestRun run(vArgs);
-    int iExit = run.Wait(u4TimeoutMs);
-    return {iExit, run.Output()};
+    return {run.Wait(u4TimeoutMs), run.Output()};
 }
 
 CNyTestArgv::CNyTestArgv(std::vector<std::string> vArgs) : m_vArgs(std::move(vArgs)) {

@@ -37,10 +37,7 @@ std::string NyTestShell(const std::string& strCommand, int* piExitCode) {
     if (piExitCode != nullptr) {
         *piExitCode = iStatus != -1 && WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -1;
     }
-    while (!strOut.empty() && strOut.back() == '\n') {
-        strOut.pop_back();
-    }
-    return strOut;
+    return strOut.erase(strOut.find_last_not_of('\n') + 1);
 }
 
 std::string NyTestShellQuote(const std::string& str) {

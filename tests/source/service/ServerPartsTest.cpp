@@ -109,9 +109,6 @@ TEST_F(ServiceRequestTest, ShortAnswerBuffersOrNoChannelAreRefused) {
                                           &u4Size));
     EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, m_service.run());
-    // Without a dialog, status and update leave their block alone and succeed.
-    EXPECT_EQ(NY_OK, m_service.GetStatus(NyUiParamBytes(&blkReq, 0), &u4Size));
-    EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
 }
 
 // Requests of no known type, full-size or short (the rest reads zeros), are answered in one

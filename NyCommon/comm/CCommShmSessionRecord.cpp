@@ -101,6 +101,7 @@ bool CCommShmSessionRecord::Acquire(void* hSession, BlkCommShmInfoTag* pInfo) {
         if (it == m_mapLive.end()) {
             return false;
         }
+        ++it->second.u4Users;
         Store(it, hSession, pInfo, nullptr);
         return true;
     });

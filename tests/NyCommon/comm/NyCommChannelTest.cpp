@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <functional>
 #include <random>
-#include <thread>
 
 #include "comm/BlkShmCommHeader.h"
 #include "comm/CNyShmCommunication.h"
@@ -344,36 +343,6 @@ TEST_F(NyCommChannel, ForkedClientMeetsTheServersSizeLimits) {
     EXPECT_EQ(bConnected, NY_TRUE);
     EXPECT_EQ(NyCommDisconnect(hSession), 0u);
     EXPECT_EQ(NyCommDisconnect(hClient), NY_ERR_COMM_NOT_CONNECTED);
-}
-
-TEST_F(ServerFixture, DefaultResponseAnswersByTheRequestsCommand) {
-    struct {
-        uint32_t u4Command;
-        uint32_t u4Returned;    // by DefaultResponse
-        uint32_t u4CommitWait;  // InnerCommit's result
-        uint32_t u4Direction;   // of the header left in the region
-        uint32_t u4Signal;
-    } aCases[] = {
-        {COMM_COMMAND_ACK, 0, 0, COMM_DIRECTION_REQUEST, 0},
-        {COMM_COMMAND_REQUEST, 1, 0, COMM_DIRECTION_ANSWER, COMM_SIGNAL_DEFAULT},
-        {7, 0, EAGAIN_CODE, COMM_DIRECTION_REQUEST, 0},
-    };
-    CNyShmCommunication client;
-    NY_COMM_HANDLE hClient = nullptr;
-    ASSERT_EQ(client.Connect(&m_blkParam, 500, &hClient), 0u);
-    for (const auto& c : aCases) {
-        uint32_t u4Commit = 0xFFFFFFFF;
-        std::thread requester([&] {
-            u4Commit = client.InnerCommit(hClient, RequestHeader(0, c.u4Command, 4), "data", 300);
-        });
-        NyOsSleep(50);  // the requester resets the response event after setting the request
-        EXPECT_EQ(server.DefaultResponse(hServer), c.u4Returned) << c.u4Command;
-        requester.join();
-        EXPECT_EQ(u4Commit, c.u4CommitWait) << c.u4Command;
-        EXPECT_EQ(Header().u4Direction, c.u4Direction) << c.u4Command;
-        EXPECT_EQ(Header().u4Signal, c.u4Signal) << c.u4Command;
-    }
-    EXPECT_EQ(client.Disconnect(hClient), 0u);
 }
 
 TEST_F(ServerFixture, OnlyWhatAClientWroteIsServedAndNothingElseIsAnswered) {

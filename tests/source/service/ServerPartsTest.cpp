@@ -109,13 +109,33 @@ TEST_F(ServiceRequestTest, ShortAnswerBuffersOrNoChannelAreRefused) {
                                           &u4Size));
     EXPECT_EQ(NY_UI_PARAM_SIZE, u4Size);
     EXPECT_EQ(NY_ERR_BAD_ARGUMENT, m_service.run());
-    // Without a dialog, status and update leave their block alone and succeed.
-    EXPECT_EQ(NY_OK, m_service.GetStatus(NyUiParamBytes(&blkReq, 0), &u4Size));
-    EXPECT_EQ(NY_OK, m_service.Update(NyUiParamBytes(&blkReq, 0), sizeof(blkReq)));
-    // The main session's request handler, likewise.
-    u4Size = MAIN_SESSION_RECORD_SIZE - 1;
-    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(NyUiParamBytes(&blkReq, 0), sizeof(blkReq),
-                                                         vSmall.data(), &u4Size));
+}
+
+// Requests of no known type, full-size or short (the rest reads zeros), are answered in one
+// record that echoes type and id and names this process; a short answer buffer is refused.
+TEST(MainRequestTest, UnknownTypesAreAnsweredInOneRecord) {
+    for (uint32_t u4Size : {uint32_t{sizeof(BlkMainSessionRequestTag)}, 4u}) {
+        for (uint32_t u4Type : {0u, 3u, 7u, 0xFFFFFFFFu}) {
+            SCOPED_TRACE(u4Type);
+            BlkMainSessionRequestTag blkReq = {u4Type, 0, 0x12345678, {}, 4242};
+            std::vector<uint8_t> vAnswer(MAIN_SESSION_RECORD_SIZE + 1, 0);
+            uint32_t u4RespSize = static_cast<uint32_t>(vAnswer.size());
+            EXPECT_EQ(NY_OK, ProcessRequestSer(reinterpret_cast<uint8_t*>(&blkReq), u4Size,
+                                               vAnswer.data(), &u4RespSize));
+            EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4RespSize);
+            BlkMainSessionResponseTag blkResp;
+            memcpy(&blkResp, vAnswer.data(), sizeof(blkResp));
+            EXPECT_EQ(u4Type, blkResp.u4ReqType);
+            EXPECT_EQ(MAIN_STATUS_UNKNOWN_REQUEST, blkResp.u4Status);
+            EXPECT_EQ(u4Size == 4 ? 0u : 0x12345678u, blkResp.uInteractionID);
+            EXPECT_EQ(static_cast<uint32_t>(getpid()), blkResp.uServerPid);
+            EXPECT_EQ('\0', blkResp.szSessionName[0]);
+            EXPECT_EQ(0u, blkResp.u4Reserved) << "the client pid is not echoed at 1040";
+        }
+    }
+    uint8_t au1Small[MAIN_SESSION_RECORD_SIZE] = {};
+    uint32_t u4Size = MAIN_SESSION_RECORD_SIZE - 1;
+    EXPECT_EQ(NY_ERR_BUFFER_TOO_SMALL, ProcessRequestSer(au1Small, 4, au1Small, &u4Size));
     EXPECT_EQ(MAIN_SESSION_RECORD_SIZE, u4Size);
 }
 

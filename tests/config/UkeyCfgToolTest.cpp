@@ -64,19 +64,4 @@ TEST(UkeyCfgTool, ShowsEntriesAndSummaryOrWhyNotWithItsExitStatus) {
     }
 }
 
-TEST(UkeyCfgTool, ListShowsEveryEntryOnOneLine) {
-    BlkTestRunTag run = RunTool({"list", "--lang", "en"});
-    ASSERT_EQ(0, run.iExit);
-    EXPECT_EQ(330u, NyTestLines(run.strOutput).size());
-    EXPECT_EQ(0u, run.strOutput.find(
-                      "0x0000001A\traw\t5C 1A 7E 2B 3D 84 4F 61 9A 0C 7B 2E 48 D1 F0 A3\n"));
-    for (const char* szLine :
-         {"\n0x00020010\tu8\t6\n", "\n0x00210077\ttext\t%ds left\n",
-          "\n0x0021006E\ttext\tYou are going to unblock the PIN of your UKey.\\r\\nPress \"OK\" "
-          "button on the UKey if you want to continue.\\r\\nPress \"C\" button to cancel the "
-          "operation.\n"}) {
-        EXPECT_TRUE(NyTestContains(run.strOutput, szLine)) << szLine;
-    }
-}
-
 }  // namespace

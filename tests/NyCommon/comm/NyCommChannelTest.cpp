@@ -206,48 +206,6 @@ protected:
 
 }  // namespace
 
-TEST_F(NyCommChannel, RefusedCallsMakeNothing) {
-    NY_COMM_HANDLE hSession = nullptr;
-    EXPECT_EQ(NyCommConnect(&m_blkParam, 100, &hSession), NY_ERR_OBJECT_ABSENT);
-    EXPECT_EQ(hSession, nullptr);
-    EXPECT_FALSE(NyTestChannelObjectsExist(m_strName));
-
-    BlkCommInitParamTag blkEmpty = NyTestCommParam("");
-    BlkCommInitParamTag blkBadType = m_blkParam;
-    blkBadType.u4Type = 3;
-    BlkCommInitParamTag blkGlobal = m_blkParam;
-    blkGlobal.u4Type = COMM_INIT_TYPE_EX;
-    blkGlobal.u4Global = 1;
-    BlkCommInitParamTag blkUnterminated = m_blkParam;
-    std::fill(std::begin(blkUnterminated.blkShm.szName), std::end(blkUnterminated.blkShm.szName),
-              'x');
-    std::pair<const BlkCommInitParamTag*, uint32_t> aCases[] = {
-        {nullptr, NY_ERR_INVALID_ARGUMENT},      {&blkEmpty, NY_ERR_BAD_ARGUMENT},
-        {&blkBadType, NY_ERR_INVALID_ARGUMENT},  {&blkGlobal, NY_ERR_GLOBAL_REFUSED},
-        {&blkUnterminated, NY_ERR_BAD_ARGUMENT},
-    };
-    for (const auto& c : aCases) {
-        EXPECT_EQ(NyCommConnectAsServer(c.first, &hSession), c.second);
-        EXPECT_EQ(NyCommConnect(c.first, 0, &hSession), c.second);
-    }
-    EXPECT_EQ(NyCommConnectAsServer(&m_blkParam, nullptr), NY_ERR_INVALID_ARGUMENT);
-
-    int iNotAChannel = 0;
-    NY_COMM_HANDLE hBogus = &iNotAChannel;
-    uint8_t au1Buffer[8] = {};
-    uint32_t u4Length = sizeof(au1Buffer);
-    BlkCommNotifyDataTag blkNotify = {COMM_SIGNAL_RESPONSE, au1Buffer, 1};
-    EnBool bConnected = NY_TRUE;
-    EXPECT_EQ(NyCommListen(hBogus, au1Buffer, &u4Length), NY_ERR_COMM_NOT_CONNECTED);
-    EXPECT_EQ(NyCommNotify(hBogus, &blkNotify), NY_ERR_COMM_NOT_CONNECTED);
-    EXPECT_EQ(NyCommCommit(hBogus, au1Buffer, 1, nullptr, 0), NY_ERR_COMM_NOT_CONNECTED);
-    EXPECT_EQ(NyCommWaitForSignal(hBogus, COMM_SIGNAL_RESPONSE, 0, nullptr, 0),
-              NY_ERR_COMM_NOT_CONNECTED);
-    EXPECT_EQ(NyCommIsConnected(hBogus, &bConnected), NY_ERR_COMM_NOT_CONNECTED);
-    EXPECT_EQ(bConnected, NY_FALSE);
-    EXPECT_EQ(NyCommDisconnect(hBogus), NY_ERR_COMM_NOT_CONNECTED);
-}
-
 TEST_F(NyCommChannel, RestartedServerServesOldClientsNewRequests) {
     pid_t pidFirst = Child([this] {
         int iResult = NyTestCommServe(m_strName, 1);

@@ -18,31 +18,6 @@ std::vector<uint8_t> Draw(int32_t i4Len) {
 
 }  // namespace
 
-TEST(NyRand, RefusesEmptyRequestsAndFillsAnySize) {
-    uint8_t au1Buf[8];
-    memset(au1Buf, 0xAA, sizeof(au1Buf));
-    EXPECT_EQ(tinyRandBytesEx(nullptr, 8), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(tinyRandBytesEx(au1Buf, 0), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(tinyRandBytesEx(au1Buf, -1), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(tinyRandSeed(nullptr, 8), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(tinyRandSeed(au1Buf, 0), NY_ERR_INVALID_ARGUMENT);
-    NyGetRand(nullptr, 8);
-    NyGetRand(au1Buf, 0);
-    EXPECT_EQ(std::vector<uint8_t>(au1Buf, au1Buf + 8), std::vector<uint8_t>(8, 0xAA));
-    // Requests of any size are filled and differ.
-    for (int32_t i4Len : {16, 17, 33, 1000, 70000}) {
-        std::vector<uint8_t> vFirst = Draw(i4Len);
-        EXPECT_NE(vFirst, Draw(i4Len)) << i4Len;
-        // The last 16 bytes are random too (a short final block is still drawn).
-        EXPECT_NE(std::vector<uint8_t>(vFirst.end() - 16, vFirst.end()),
-                  std::vector<uint8_t>(16, 0))
-            << i4Len;
-    }
-    EXPECT_EQ(tinyRandSeed("caller material", 15), NY_OK);
-    NyGetRand(au1Buf, sizeof(au1Buf));
-    EXPECT_NE(std::vector<uint8_t>(au1Buf, au1Buf + 8), std::vector<uint8_t>(8, 0xAA));
-}
-
 TEST(NyRand, ForkedChildDoesNotRepeatItsParent) {
     Draw(16);  // the generator is seeded before the fork
     int aiPipe[2];

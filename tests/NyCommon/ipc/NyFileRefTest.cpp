@@ -28,44 +28,6 @@ protected:
     }
 };
 
-TEST_F(NyFileRefTest, SecondOpenInAProcessReturnsTheSameReference) {
-    std::string strPath = NewPath();
-    uint32_t u4Created = 0;
-    BlkFileRefTag* pFirst = FileOpen(strPath.c_str(), 16, true, &u4Created);
-    ASSERT_NE(nullptr, pFirst);
-    EXPECT_EQ(1u, u4Created);
-    BlkFileRefTag* pSecond = FileOpen(strPath.c_str(), 0, true, &u4Created);
-    EXPECT_EQ(pFirst, pSecond);
-    EXPECT_EQ(0u, u4Created);
-    EXPECT_EQ(2u, pFirst->u4RefCount);
-    EXPECT_EQ(1, IpcOpenDescriptors(strPath));
-    EXPECT_EQ(NY_OK, FileClose(pSecond));
-    EXPECT_TRUE(IpcPathExists(strPath));
-    EXPECT_EQ(NY_OK, FileClose(pFirst));
-    EXPECT_FALSE(IpcPathExists(strPath));
-    EXPECT_EQ(0, IpcOpenDescriptors(strPath));
-}
-
-TEST_F(NyFileRefTest, BadArgumentsAndLockTypesAreRefused) {
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(nullptr));
-    BlkFileRefTag stFake;
-    memset(&stFake, 0, sizeof(stFake));
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileClose(&stFake)) << "not in the table";
-    std::string strPath = NewPath();
-    EXPECT_EQ(nullptr, FileOpen(strPath.c_str(), 0, false, nullptr)) << "no length, no file";
-    EXPECT_FALSE(IpcPathExists(strPath));
-    EXPECT_EQ(nullptr, FileOpen("", 8, false, nullptr));
-    EXPECT_EQ(nullptr, FileOpen(nullptr, 8, false, nullptr));
-    BlkFileRefTag* pRef = FileOpen(strPath.c_str(), 4, true, nullptr);
-    ASSERT_NE(nullptr, pRef);
-    struct flock stUnlock = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_UNLCK);
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, &stUnlock, 0));
-    EXPECT_EQ(NY_ERR_INVALID_ARGUMENT, FileRecordLockGet(pRef->iFd, nullptr, 0));
-    struct flock stWrite = FileByteLockDesc(NY_FILE_MUTEX_BYTE, F_WRLCK);
-    EXPECT_EQ(NY_ERR_LOCK_FAILED, FileRecordLockGet(-1, &stWrite, 0));
-    EXPECT_EQ(NY_OK, FileClose(pRef));
-}
-
 TEST_F(NyFileRefTest, TakeOverWithoutZeroFillKeepsTheContents) {
     std::string strPath = NewPath();
     CIpcSignal sigWritten;

@@ -71,34 +71,6 @@ TEST_F(NyThreadTest, UncooperativeThreadIsCancelledAfterAbout3Seconds) {
     EXPECT_EQ(m_i4StateSeen, NY_THREAD_EXIT_ASKED) << "the request was made before cancelling";
 }
 
-TEST_F(NyThreadTest, StateAcceptsOnlyRunningAskedAndEnded) {
-    Start(ReturnAtOnce);
-    EXPECT_EQ(NyThreadGetState(m_hThread), NY_THREAD_STARTED);
-    struct {
-        int32_t i4State;
-        uint32_t u4Result;
-        int32_t i4After;
-    } aCases[] = {{1, NY_OK, 1},
-                  {0, NY_ERR_INVALID_ARGUMENT, 1},
-                  {3, NY_OK, 3},
-                  {4, NY_ERR_INVALID_ARGUMENT, 3},
-                  {-1, NY_ERR_INVALID_ARGUMENT, 3},
-                  {2, NY_OK, 2}};
-    for (const auto& c : aCases) {
-        EXPECT_EQ(NyThreadSetState(m_hThread, c.i4State), c.u4Result) << c.i4State;
-        EXPECT_EQ(NyThreadGetState(m_hThread), c.i4After) << c.i4State;
-    }
-    EXPECT_EQ(NyThreadSetState(nullptr, 1), NY_ERR_INVALID_ARGUMENT);
-    NY_THREAD_HANDLE hNone = nullptr;
-    EXPECT_EQ(NyThreadBegin(nullptr, nullptr, &hNone), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(hNone, nullptr);
-    EXPECT_EQ(NyThreadBegin(ReturnAtOnce, nullptr, nullptr), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyThreadEnd(nullptr), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyThreadGetState(nullptr), 0);
-    EXPECT_FALSE(NyThreadShouldExit(nullptr));
-    EXPECT_EQ(NyThreadEnd(m_hThread), NY_OK);
-}
-
 // Checked on a thread of its own so that the test runner's thread keeps its settings.
 TEST_F(NyThreadTest, BeginMakesTheCallerAsynchronouslyCancellable) {
     static int s_iTypeAfterBegin = -1;

@@ -60,33 +60,3 @@ TEST(NyConvert, SizeQueryAndTooSmallBufferReportTheNeededSize) {
     EXPECT_EQ(std::vector<uint32_t>(au4Len, au4Len + 5), (std::vector<uint32_t>{7, 7, 7, 4, 4}));
 }
 
-TEST(NyConvert, BadInputIsRefusedWithItsCodeAndLogged) {
-    CNyTestLogCapture capture;
-    uint32_t u4Len = 16;
-    char szOut[16];
-    wchar_t szWideOut[16];
-    const wchar_t szSurrogate[] = {L'a', static_cast<wchar_t>(0xD800), 0};
-    const uint32_t I = NY_ERR_INVALID_ARGUMENT;
-    const uint32_t B = NY_ERR_BAD_ARGUMENT;
-    // Unknown code pages both ways, null texts or length, bad or cut UTF-8, a lone surrogate.
-    struct {
-        const char* szName;
-        uint32_t u4Got;
-        uint32_t u4Expected;
-    } aCases[] = {{"936", NyWideCharToMultiByte(L"a", 936, szOut, &u4Len), I},
-                  {"1252", NyMultiByteToWideChar("a", 1252, szWideOut, &u4Len), I},
-                  {"wide", NyWideCharToMultiByte(nullptr, NY_CP_UTF8, szOut, &u4Len), B},
-                  {"length", NyWideCharToMultiByte(L"a", NY_CP_UTF8, szOut, nullptr), B},
-                  {"multi", NyMultiByteToWideChar(nullptr, NY_CP_UTF8, szWideOut, &u4Len), B},
-                  {"bad", NyMultiByteToWideChar("a\xFF", NY_CP_UTF8, szWideOut, &u4Len), B},
-                  {"cut", NyMultiByteToWideChar("a\xE4\xB8", NY_CP_UTF8, szWideOut, &u4Len), B},
-                  {"surrogate", NyWideCharToMultiByte(szSurrogate, NY_CP_UTF8, szOut, &u4Len), B}};
-    std::vector<std::string> vExpected;
-    for (const auto& c : aCases) {
-        EXPECT_EQ(c.u4Got, c.u4Expected) << c.szName;
-        char szLine[32];
-        snprintf(szLine, sizeof(szLine), "u4Result = %08X", c.u4Expected);
-        vExpected.push_back(szLine);
-    }
-    EXPECT_EQ(capture.MessagesAt(LOG_INFO), vExpected);
-}

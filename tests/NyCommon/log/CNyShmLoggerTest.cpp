@@ -141,30 +141,17 @@ TEST(CNyShmLogger, FullRingWithoutListenerDropsTheOldest4096AtOnce) {
     EXPECT_EQ(vLines.back(), 8191u);
 }
 
-TEST(CNyShmLogger, FullRingBehindAStalledListenerWaitsAbout100MsThenDropsAndForgetsIt) {
+TEST(CNyShmLogger, FullRingBehindAStalledListenerIsDroppedAndTheListenerForgotten) {
     CNyTestLogQueue queue(8);
     auto pProducer = MakeLogger(queue);
     auto pStalledViewer = MakeLogger(queue);
     ASSERT_TRUE(pProducer->Connect(false));
     ASSERT_TRUE(pStalledViewer->Connect(true));
-    ASSERT_TRUE(LogRecords(*pProducer, 7));
-
-    uint64_t u8Start = NyOsGetTickCount64();
-    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(0, 7)));
-    uint64_t u8Elapsed = NyOsGetTickCount64() - u8Start;
-    EXPECT_GE(u8Elapsed, NY_SHMLOG_STALL_LIMIT - 1);
-    EXPECT_LT(u8Elapsed, 5000u);
-
+    ASSERT_TRUE(LogRecords(*pProducer, 8));
     CLockfreeArrayQueue* pView = queue.View();
     ASSERT_NE(pView, nullptr);
     EXPECT_EQ(pView->GetConsumerListeningCount(), 0u);
     EXPECT_EQ(PopLines(*pView, 8192), std::vector<uint32_t>{7});
-
-    // With the listener forgotten, the next full ring is emptied without waiting.
-    ASSERT_TRUE(LogRecords(*pProducer, 7));
-    u8Start = NyOsGetTickCount64();
-    ASSERT_TRUE(pProducer->SetLogItem(MakeItem(0, 7)));
-    EXPECT_LT(NyOsGetTickCount64() - u8Start, NY_SHMLOG_STALL_LIMIT - 1);
 }
 
 TEST(CNyShmLogger, EveryProcessThatStartsTheLibraryLogsIntoTheQueue) {

@@ -58,45 +58,6 @@ std::string NyGuiTestLabelMarkup(const char* szId) {
     return strText;
 }
 
-bool NyGuiTestLabelWraps(const char* szId) {
-    bool bWraps = false;
-    WithWidget(szId, [&](GtkWidget* p) { bWraps = gtk_label_get_line_wrap(GTK_LABEL(p)); });
-    return bWraps;
-}
-
-bool NyGuiTestImageShowsFile(const char* szId, const std::string& strFile, bool bChild, int iWidth,
-                             int iHeight) {
-    std::string strPath = std::string(NY_TEST_BIN_DIR) + "/res/" + strFile;
-    GdkPixbuf* pFile = gdk_pixbuf_new_from_file(strPath.c_str(), nullptr);
-    if (pFile != nullptr && iWidth > 0) {
-        GdkPixbuf* pScaled = gdk_pixbuf_scale_simple(pFile, iWidth, iHeight, GDK_INTERP_HYPER);
-        g_object_unref(pFile);
-        pFile = pScaled;
-    }
-    bool bSame = false;
-    WithWidget(szId, [&](GtkWidget* p) {
-        GtkWidget* pImage = bChild ? gtk_bin_get_child(GTK_BIN(p)) : p;
-        if (pFile == nullptr || pImage == nullptr || !GTK_IS_IMAGE(pImage) ||
-            gtk_image_get_storage_type(GTK_IMAGE(pImage)) != GTK_IMAGE_PIXBUF) {
-            return;
-        }
-        GdkPixbuf* pShown = gtk_image_get_pixbuf(GTK_IMAGE(pImage));
-        int iRowBytes = gdk_pixbuf_get_width(pShown) * gdk_pixbuf_get_n_channels(pShown);
-        bSame = gdk_pixbuf_get_width(pShown) == gdk_pixbuf_get_width(pFile) &&
-                gdk_pixbuf_get_height(pShown) == gdk_pixbuf_get_height(pFile) &&
-                gdk_pixbuf_get_n_channels(pShown) == gdk_pixbuf_get_n_channels(pFile);
-        for (int y = 0; bSame && y < gdk_pixbuf_get_height(pShown); ++y) {
-            bSame = memcmp(gdk_pixbuf_get_pixels(pShown) + y * gdk_pixbuf_get_rowstride(pShown),
-                           gdk_pixbuf_get_pixels(pFile) + y * gdk_pixbuf_get_rowstride(pFile),
-                           static_cast<size_t>(iRowBytes)) == 0;
-        }
-    });
-    if (pFile != nullptr) {
-        g_object_unref(pFile);
-    }
-    return bSame;
-}
-
 bool NyGuiTestWidgetCentre(const char* szId, int* piX, int* piY) {
     bool bShown = false;
     WithWidget(szId, [&](GtkWidget* p) {

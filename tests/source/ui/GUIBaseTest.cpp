@@ -1,6 +1,5 @@
-// The dialog base: resource folder, fonts, background, the block copy and its hand-out, the
-// paste blocker and the character filters, on real widgets.
-#include <gdk/gdkkeysyms.h>
+// The dialog base: resource folder, focus, the block copy and its hand-out, the
+// character filters, on real widgets.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -54,55 +53,18 @@ TEST_F(GUIBaseTest, ModuleFileNameIsTheExecutablesDirectory) {
     EXPECT_TRUE(LoggedError("GUIBase::GetModuleFileName function error"));
 }
 
-TEST_F(GUIBaseTest, WidgetFontGoesToTheWidgetOrToItsLabel) {
-    GUIBase base;
-    gdk_threads_enter();
-    GtkWidget* pLabel = gtk_label_new("x");
-    GtkWidget* pButton = gtk_button_new_with_label("OK");
-    EXPECT_EQ(1u, base.SetWidgetFont(pLabel, "Sans", 9, NY_FALSE));
-    EXPECT_EQ(1u, base.SetWidgetFont(pButton, "Sans", 10, NY_TRUE));
-    PangoFontDescription* pLabelFont = gtk_widget_get_modifier_style(pLabel)->font_desc;
-    GtkWidget* pChild = gtk_bin_get_child(GTK_BIN(pButton));
-    PangoFontDescription* pChildFont = gtk_widget_get_modifier_style(pChild)->font_desc;
-    ASSERT_NE(nullptr, pLabelFont);
-    ASSERT_NE(nullptr, pChildFont);
-    EXPECT_STREQ("Sans", pango_font_description_get_family(pLabelFont));
-    EXPECT_EQ(9 * PANGO_SCALE, pango_font_description_get_size(pLabelFont));
-    EXPECT_FALSE(pango_font_description_get_size_is_absolute(pLabelFont));
-    EXPECT_EQ(10 * PANGO_SCALE, pango_font_description_get_size(pChildFont));
-    EXPECT_EQ(nullptr, gtk_widget_get_modifier_style(pButton)->font_desc);
-    gtk_widget_destroy(pButton);
-    // Missing arguments are refused and logged; a label has no child.
-    EXPECT_EQ(0u, base.SetWidgetFont(nullptr, "Sans", 9, NY_FALSE));
-    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, nullptr, 9, NY_FALSE));
-    EXPECT_EQ(0u, base.SetWidgetFont(pLabel, "Sans", 11, NY_TRUE));
-    pLabelFont = gtk_widget_get_modifier_style(pLabel)->font_desc;
-    EXPECT_EQ(9 * PANGO_SCALE, pango_font_description_get_size(pLabelFont));
-    g_object_ref_sink(pLabel);
-    g_object_unref(pLabel);
-    gdk_threads_leave();
-    EXPECT_TRUE(LoggedError("GUIBase::SetWidgetFont() param is error"));
-}
-
 // Counts focus events that are focus-in and sent (anything else counts a hundred).
 static gboolean OnFocusIn(GtkWidget*, GdkEventFocus* pEvent, gpointer pvCount) {
     *static_cast<int*>(pvCount) += pEvent->in != 0 && pEvent->send_event != 0 ? 1 : 100;
     return FALSE;
 }
 
-// A window gets a light grey background for the normal state only, and a sent focus-in.
-TEST_F(GUIBaseTest, WindowGetsTheLightGreyBackgroundAndASentFocusIn) {
+// A window gets a sent focus-in.
+TEST_F(GUIBaseTest, WindowGetsASentFocusIn) {
     GUIBase base;
     int nSeen = 0;
     gdk_threads_enter();
     GtkWidget* pWindow = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-    EXPECT_EQ(1u, base.Set_BG_Color(pWindow));
-    EXPECT_EQ(0u, base.Set_BG_Color(nullptr));
-    GtkRcStyle* pStyle = gtk_widget_get_modifier_style(pWindow);
-    EXPECT_TRUE(pStyle->color_flags[GTK_STATE_NORMAL] & GTK_RC_BG);
-    EXPECT_FALSE(pStyle->color_flags[GTK_STATE_ACTIVE] & GTK_RC_BG);
-    const GdkColor& bg = pStyle->bg[GTK_STATE_NORMAL];
-    EXPECT_TRUE(bg.red == 0xF0F0 && bg.green == 0xF0F0 && bg.blue == 0xF0F0);
     gtk_widget_realize(pWindow);
     g_signal_connect(pWindow, "focus-in-event", G_CALLBACK(OnFocusIn), &nSeen);
     base.FocusEvent(gtk_widget_get_window(pWindow));
@@ -110,36 +72,6 @@ TEST_F(GUIBaseTest, WindowGetsTheLightGreyBackgroundAndASentFocusIn) {
     gtk_widget_destroy(pWindow);
     gdk_threads_leave();
     EXPECT_EQ(1, nSeen);
-}
-
-// The paste blocker takes ctrl+v (either case) and the right button; a key's value or a
-// button's number goes in the event.
-TEST_F(GUIBaseTest, PasteBlockerConsumesCtrlVAndTheRightButtonOnly) {
-    const struct {
-        GdkEventType enType;
-        guint u4State, u4Value;
-        gboolean bConsumed;
-        // clang-format off
-    } aCases[] = {
-        {GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_v, TRUE}, {GDK_KEY_PRESS, 0, GDK_v, FALSE},
-        {GDK_KEY_PRESS, GDK_CONTROL_MASK | GDK_SHIFT_MASK, GDK_V, TRUE},
-        {GDK_KEY_PRESS, GDK_SHIFT_MASK, GDK_V, FALSE},
-        {GDK_KEY_PRESS, GDK_CONTROL_MASK, GDK_c, FALSE}, {GDK_BUTTON_PRESS, 0, 3, TRUE},
-        {GDK_BUTTON_PRESS, 0, 1, FALSE}, {GDK_BUTTON_PRESS, 0, 2, FALSE},
-    };
-    // clang-format on
-    for (const auto& c : aCases) {
-        GdkEvent* pEvent = gdk_event_new(c.enType);
-        if (c.enType == GDK_KEY_PRESS) {
-            pEvent->key.state = c.u4State;
-            pEvent->key.keyval = c.u4Value;
-        } else {
-            pEvent->button.button = c.u4Value;
-        }
-        EXPECT_EQ(c.bConsumed, GUIEntryFilter::Copypaste_callback(nullptr, pEvent, nullptr))
-            << c.enType << " " << c.u4State << " " << c.u4Value;
-        gdk_event_free(pEvent);
-    }
 }
 
 namespace {

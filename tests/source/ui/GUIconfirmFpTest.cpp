@@ -1,5 +1,5 @@
-// The fingerprint dialog on screen: its texts and pictures through a whole enrolment, the cancel
-// image under the pointer, and stop() and update() arriving from another thread.
+// The fingerprint dialog on screen: its texts through a whole enrolment, the cancel image, and
+// stop() and update() arriving from another thread.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -46,21 +46,6 @@ protected:
         return NyTestWaitUntil([&] { return NyGuiTestLabelMarkup("stc_tips") == strMarkup; },
                                NY_GUI_TEST_WAIT_MS);
     }
-    // Pixel of a screenshot of the window, as (r << 16 | g << 8 | b).
-    uint32_t ShotPixel(const std::string& strName, int iX, int iY) {
-        NyGuiTestShot(m_strWindow, strName);
-        std::string strPath = std::string(NY_TEST_BUILD_DIR) + "/test-shots/" + strName + ".png";
-        GdkPixbuf* pShot = gdk_pixbuf_new_from_file(strPath.c_str(), nullptr);
-        if (pShot == nullptr) {
-            ADD_FAILURE() << "no screenshot " << strPath;
-            return 0;
-        }
-        const guchar* pu1 = gdk_pixbuf_get_pixels(pShot) + iY * gdk_pixbuf_get_rowstride(pShot) +
-                            iX * gdk_pixbuf_get_n_channels(pShot);
-        uint32_t u4Rgb = uint32_t(pu1[0]) << 16 | uint32_t(pu1[1]) << 8 | pu1[2];
-        g_object_unref(pShot);
-        return u4Rgb;
-    }
 };
 
 }  // namespace
@@ -75,35 +60,24 @@ TEST_F(GUIconfirmFpTest, StageCodesSelectTheirTips) {
     }
 }
 
-// One enrolment window through all it shows: its stages on dark blue, the second picture for
-// a change of finger, a stage repeated or of another kind refreshing nothing, and the cancel
-// image that follows the pointer and cancels on a click.
+// One enrolment window through its stages, a stage repeated or of another kind refreshing
+// nothing, and the cancel image that cancels on a click.
 TEST_F(GUIconfirmFpTest, EnrolmentWalksThroughItsStagesUntilTheCancelImageIsClicked) {
     OpenFp(UI_CTT_FINGERPRINT_ENROL);
     ASSERT_NE(0u, NyGuiTestOnLabelSet("stc_tips", G_CALLBACK(CountLabelSet), &m_nSignals));
     EXPECT_EQ("<span color='white'>注册指纹</span>", NyGuiTestLabelMarkup("stc_title"));
     EXPECT_EQ(NY_MARKUP_INITIAL, NyGuiTestLabelMarkup("stc_tips"));
-    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFp.png"));
-    EXPECT_TRUE(NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true));
-    NyTestMovePointer(0, 0);
-    EXPECT_EQ(0x284B8Cu, ShotPixel("fingerprint-enrol-start", 2, 2));
     // Stage 0 is where the dialog starts: nothing to refresh.
     EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0));
-    const struct {
-        uint32_t u4Stage;
-        const std::string* pstrMarkup;
-        const char* szPicture;
-        const char* szShot;
-    } aStages[] = {
-        {0xEF, &NY_MARKUP_PLACE, "InputFp.png", "fingerprint-enrol-place"},
-        {0xEE, &NY_MARKUP_LIFT, "InputFp.png", "fingerprint-enrol-lift"},
-        {0xEB, &NY_MARKUP_INVALID, "InputFp.png", "fingerprint-enrol-invalid"},
-        {0xEA, &NY_MARKUP_CHANGE_FINGER, "InputFpAgin.png", "fingerprint-enrol-change-finger"},
+    const std::pair<uint32_t, const std::string*> aStages[] = {
+        {0xEF, &NY_MARKUP_PLACE},
+        {0xEE, &NY_MARKUP_LIFT},
+        {0xEB, &NY_MARKUP_INVALID},
+        {0xEA, &NY_MARKUP_CHANGE_FINGER},
     };
     for (const auto& stage : aStages) {
-        EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, stage.u4Stage));
-        EXPECT_TRUE(WaitTips(*stage.pstrMarkup)) << stage.szShot;
-        EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", stage.szPicture)) << stage.szShot;
+        EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, stage.first));
+        EXPECT_TRUE(WaitTips(*stage.second)) << std::hex << stage.first;
     }
     EXPECT_EQ("请更换手指再次录入指纹！", NyGuiTestLabelText("stc_tips"));
     EXPECT_EQ(0u, Update(UI_CTT_FINGERPRINT_ENROL, 0xEA));
@@ -111,20 +85,9 @@ TEST_F(GUIconfirmFpTest, EnrolmentWalksThroughItsStagesUntilTheCancelImageIsClic
     usleep(400 * 1000);              // four timer periods
     EXPECT_EQ(4, m_nSignals.load());
     EXPECT_EQ(NY_MARKUP_CHANGE_FINGER, NyGuiTestLabelMarkup("stc_tips"));
-    EXPECT_TRUE(NyGuiTestImageShowsFile("image_middle", "InputFpAgin.png"));
 
     int iX = 0, iY = 0;
     ASSERT_TRUE(NyGuiTestWidgetCentre("eventbox_cancle", &iX, &iY));
-    NyTestMovePointer(iX, iY);
-    EXPECT_TRUE(NyTestWaitUntil(
-        [] {
-            return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle_hover.png", true);
-        },
-        NY_GUI_TEST_WAIT_MS));
-    NyTestMovePointer(iX - 150, iY + 150);
-    EXPECT_TRUE(NyTestWaitUntil(
-        [] { return NyGuiTestImageShowsFile("eventbox_cancle", "confirmFp_cancle.png", true); },
-        NY_GUI_TEST_WAIT_MS));
     NyTestClickAt(iX, iY);
     tagBlkUiParam blk = Finish();
     // The update's block replaced the request all the same; the answer is still the dialog's.
@@ -159,20 +122,4 @@ TEST_F(GUIconfirmFpTest, StopAndUpdateNeverWaitForTheGuiLock) {
     EXPECT_TRUE(bReturned) << "update() or stop() waited for the GDK lock";
     EXPECT_TRUE(done.get());
     EXPECT_EQ(UI_RESULT_CANCEL, Finish().enRes);
-}
-
-TEST_F(GUIconfirmFpTest, StopBeforeRunShowsNothing) {
-    m_req = NyConfirmTestRequest(UI_CTT_FINGERPRINT_ENROL, 30);
-    GUIconfirmFp dlg(&m_req, Config());
-    EXPECT_EQ(0u, dlg.stop());
-    EXPECT_EQ(0u, dlg.run());  // returns at once instead of waiting for the token
-    EXPECT_EQ(1u, dlg.IsFinished());
-    EXPECT_EQ(UI_RESULT_CANCEL, NyGuiTestResponse(&dlg).enRes);
-    EXPECT_TRUE(NyTestFindWindows("^注册指纹$").empty());
-    // Once stopped, updates are ignored; an update without data is refused.
-    tagBlkUiParam upd = NyConfirmTestUpdate(UI_CTT_FINGERPRINT_ENROL, 0xEE);
-    EXPECT_EQ(0u, dlg.update(reinterpret_cast<const unsigned char*>(&upd), sizeof(upd)));
-    tagBlkUiParam blk = NyGuiTestResponse(&dlg);
-    EXPECT_EQ(0u, NyUiParamGetU4(&blk, UI_OFS_CONFIRM_DETAIL));
-    EXPECT_EQ(NY_ERR_BAD_ARGUMENT, dlg.update(nullptr, sizeof(upd)));
 }

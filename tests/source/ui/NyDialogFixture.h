@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -17,6 +18,7 @@
 #include "support/NyTestConfig.h"
 #include "support/NyTestProcess.h"
 #include "support/NyTestX11.h"
+#include "uiblock/NyUiConfirmParam.h"
 
 // Roles of the entries as a screen reader reports them.
 constexpr char NY_ROLE_PIN[] = "password text";
@@ -24,18 +26,63 @@ constexpr char NY_ROLE_TEXT[] = "text";
 constexpr unsigned int NY_TXT_OK = 0x210011;
 constexpr unsigned int NY_TXT_CANCEL = 0x210012;
 
+// The (PIN, length) fields a PIN dialog answers, in the order of its entries.
+inline std::vector<std::pair<uint32_t, uint32_t>> NyPinTestOutputs(uint32_t u4Cmd) {
+    switch (u4Cmd) {
+        case UI_CMD_VERIFY_PIN:
+        case UI_CMD_GET_PIN_CONFIRM:
+            return {{UI_OFS_VERIFY_PIN, UI_OFS_VERIFY_PIN_LEN}};
+        case UI_CMD_CHANGE_PIN:
+        case UI_CMD_CHANGE_PIN_FORCED:
+            return {{UI_OFS_CHANGE_OLD_PIN, UI_OFS_CHANGE_OLD_PIN_LEN},
+                    {UI_OFS_CHANGE_NEW_PIN, UI_OFS_CHANGE_NEW_PIN_LEN}};
+        case UI_CMD_UNBLOCK:
+            return {{UI_OFS_UNBLOCK_SO_PIN, UI_OFS_UNBLOCK_SO_PIN_LEN},
+                    {UI_OFS_UNBLOCK_USER_PIN, UI_OFS_UNBLOCK_USER_PIN_LEN}};
+        case UI_CMD_CHANGE_LABEL:
+            return {{UI_OFS_LABEL_PIN, UI_OFS_LABEL_PIN_LEN}};
+        default:
+            return {};
+    }
+}
+
+// Whether a label showing strText is on screen.
+inline bool NyGuiTestLabelShows(const std::string& strText) {
+    for (const BlkTestAccessibleTag& blk : NyGuiTestTree()) {
+        if (blk.strRole == "label" && blk.strName == strText && blk.HasState("showing")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Counter text for u4Count characters.
+inline std::string NyGuiTestCounter(unsigned int u4Count) {
+    char szText[NY_GUI_TEXT_SIZE];
+    snprintf(szText, sizeof(szText), NyGuiTestText(0x210085).c_str(), u4Count);
+    return szText;
+}
+
 // A confirm request: kind, time-out in seconds, closable flag, detail and attempts values.
-tagBlkUiParam NyConfirmTestRequest(uint32_t u4Kind, uint32_t u4Timeout, uint32_t u4Closable = 1,
-                                   uint32_t u4Detail = 0, uint32_t u4Attempts = 0);
+inline tagBlkUiParam NyConfirmTestRequest(uint32_t u4Kind, uint32_t u4Timeout,
+                                          uint32_t u4Closable = 1, uint32_t u4Detail = 0,
+                                          uint32_t u4Attempts = 0) {
+    tagBlkUiParam blk = NyGuiTestRequest(UI_CMD_CONFIRM, u4Kind, u4Closable);
+    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_DETAIL, u4Detail);
+    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_ATTEMPTS, u4Attempts);
+    NyUiParamSetU4(&blk, UI_OFS_CONFIRM_TIMEOUT, u4Timeout);
+    return blk;
+}
+
 // An update block as a client sends it: command type 1 and, to show that a dialog keeps its own
 // answer, a result word of OK.
-tagBlkUiParam NyConfirmTestUpdate(uint32_t u4Kind, uint32_t u4Detail, uint32_t u4Timeout = 30);
-// The (PIN, length) fields a PIN dialog answers, in the order of its entries.
-std::vector<std::pair<uint32_t, uint32_t>> NyPinTestOutputs(uint32_t u4Cmd);
-// Whether a label showing strText is on screen.
-bool NyGuiTestLabelShows(const std::string& strText);
-// Counter text for u4Count characters.
-std::string NyGuiTestCounter(unsigned int u4Count);
+inline tagBlkUiParam NyConfirmTestUpdate(uint32_t u4Kind, uint32_t u4Detail,
+                                         uint32_t u4Timeout = 30) {
+    tagBlkUiParam blk = NyConfirmTestRequest(u4Kind, u4Timeout, 1, u4Detail);
+    blk.enUiCmdType = UI_CMD_UPDATE;
+    blk.enRes = UI_RESULT_OK;
+    return blk;
+}
 
 class CDialogTest : public testing::Test {
 protected:

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <cstring>
@@ -81,12 +80,6 @@ bool NyGuiTestWaitFor(const std::string& strRole, const std::string& strName,
 
 void NyGuiTestClick(const BlkTestAccessibleTag& blk, unsigned int u4Button) {
     NyTestClickAt(blk.CentreX(), blk.CentreY(), u4Button);
-}
-
-void NyGuiTestShot(const std::string& strWindow, const std::string& strName) {
-    std::string strDir = std::string(NY_TEST_BUILD_DIR) + "/test-shots";
-    mkdir(strDir.c_str(), 0755);
-    EXPECT_TRUE(NyTestScreenshot(strWindow, strDir + "/" + strName + ".png"));
 }
 
 // Under the leak checker: fontconfig and cairo keep process-wide caches (font sets, surface

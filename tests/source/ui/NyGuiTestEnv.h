@@ -44,6 +44,3 @@ bool NyGuiTestWaitFor(const std::string& strRole, const std::string& strName,
                       BlkTestAccessibleTag* pFound = nullptr);
 // Clicks the middle of an object.
 void NyGuiTestClick(const BlkTestAccessibleTag& blk, unsigned int u4Button = 1);
-
-// Saves a screenshot of the window under build/test-shots/<strName>.png for people to look at.
-void NyGuiTestShot(const std::string& strWindow, const std::string& strName);

@@ -80,28 +80,6 @@ TEST(NyCfgParse, EdgeValuesThatAreAccepted) {
     EXPECT_STREQ(reinterpret_cast<char*>(au1), "last");
 }
 
-TEST(NyCfgParse, InitRejectsMissingArgumentsLogsFailuresAndAcceptsAnEmptyImage) {
-    CNyTestLogCapture capture;
-    CCfgTestImage image = ValidImage();
-    BlkCfgHandleTag* hCfg = reinterpret_cast<BlkCfgHandleTag*>(1);
-    EXPECT_EQ(NyCfgInit(nullptr, 0, &hCfg), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(hCfg, nullptr);
-    EXPECT_EQ(NyCfgInit(image.Data().data(), image.Size(), nullptr), NY_ERR_INVALID_ARGUMENT);
-    unsigned char au1Bad[5] = {1, 0, 0, 0, 0};
-    EXPECT_EQ(NyCfgInit(au1Bad, sizeof(au1Bad), &hCfg), NY_ERR_BAD_ARGUMENT);
-    std::vector<std::string> vInfo = capture.MessagesAt(2);
-    EXPECT_EQ(vInfo, (std::vector<std::string>{"u4Result = E0600007", "u4Result = E0600007",
-                                               "u4Result = E0600003"}));
-    EXPECT_EQ(NyCfgRelease(nullptr), NY_OK);
-    CCfgTestHandle handle{CCfgTestImage()};  // an empty image gives an empty tree
-    ASSERT_EQ(handle.InitResult(), NY_OK);
-    for (uint32_t u4Id : {0x00010002u, 0x00020010u, 0x00000000u, 0x00F4FFFFu}) {
-        unsigned char au1[8];
-        unsigned int u4Length = sizeof(au1);
-        EXPECT_EQ(NyCfgGetValue(handle.Get(), u4Id, au1, &u4Length), NY_ERR_NOT_FOUND) << u4Id;
-    }
-}
-
 TEST(NyCfgParse, TreeAddValueWritesASlotOnceAndChecksBounds) {
     BlkCfgTreeTag* pTree = nullptr;
     ASSERT_EQ(CfgTreeCreate(&pTree), NY_OK);

@@ -69,26 +69,6 @@ TEST_F(NyCfgRead, NumbersWidenToTheirTypeAndTypeMismatchCopiesButFails) {
     EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00040010, &u4Value), NY_ERR_BAD_ARGUMENT);
 }
 
-TEST_F(NyCfgRead, GettersRejectWrongIdTypesBeforeAnyLookup) {
-    CNyTestLogCapture capture;
-    unsigned int u4Value = 0;
-    unsigned short u2Value = 0;
-    unsigned char u1Value = 0;
-    // Ids of absent entries: a lookup would say NY_ERR_NOT_FOUND.
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00010999, &u4Value), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00000999, &u4Value), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00050999, &u4Value), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU2(m_handle.Get(), 0x00020010, &u2Value), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU1(m_handle.Get(), 0x00030011, &u1Value), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00020010, nullptr), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU2(m_handle.Get(), 0x00030011, nullptr), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(NyCfgGetU1(m_handle.Get(), 0x00020010, nullptr), NY_ERR_INVALID_ARGUMENT);
-    EXPECT_EQ(capture.MessagesAt(2).size(), 8u);
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00020999, &u4Value), NY_ERR_NOT_FOUND);
-    EXPECT_EQ(NyCfgGetU4(m_handle.Get(), 0x00820010, &u4Value), NY_ERR_NOT_FOUND) << "group 8";
-    EXPECT_EQ(capture.MessagesAt(2).back(), "u4Result = E0600008");
-}
-
 // A handle starts in the system language (Simplified Chinese here) and switches: codes 0, 1
 // and 2 select their variants, any other code English.
 TEST_F(NyCfgRead, HandleStartsInTheSystemLanguageAndSwitches) {

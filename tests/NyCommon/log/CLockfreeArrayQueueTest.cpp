@@ -46,45 +46,6 @@ TEST(CLockfreeArrayQueue, BufferLengthIsSlotsPlusHeaderPlusOneSpareByte) {
     EXPECT_EQ(CLockfreeArrayQueue::CalcBufferLen(32768), 167772225u);
 }
 
-TEST(CLockfreeArrayQueue, InitializeRefusesBadBuffersUntouchedAndSecondViewsAttach) {
-    CTestRing ring(8);
-    ring.Queue().Finalize();
-    const size_t cbFor4 = CLockfreeArrayQueue::CalcBufferLen(4);
-    const struct {
-        const char* szCase;
-        bool bNullBuffer;
-        size_t cbLength;
-        uint32_t u4Capacity;
-        bool bExisting;
-    } aCases[] = {{"null buffer", true, cbFor4, 4, false},
-                  {"capacity 0", false, cbFor4, 0, false},
-                  {"capacity 3", false, CLockfreeArrayQueue::CalcBufferLen(3), 3, false},
-                  {"one byte short", false, cbFor4 - 1, 4, false},
-                  {"one byte long", false, cbFor4 + 1, 4, false},
-                  {"existing with another capacity", false, cbFor4, 4, true}};
-    for (const auto& c : aCases) {
-        ring.pu1[100] = 0xAB;
-        CLockfreeArrayQueue queue;
-        EXPECT_FALSE(queue.Initialize(c.bNullBuffer ? nullptr : ring.pu1, c.cbLength, c.u4Capacity,
-                                      c.bExisting))
-            << c.szCase;
-        EXPECT_FALSE(queue.CheckBuffer()) << c.szCase;
-        EXPECT_EQ(ring.pu1[100], 0xAB) << c.szCase;
-        EXPECT_EQ(ring.Header()->u4Capacity, 8u) << c.szCase;
-    }
-    // A second view attaches to the existing ring, unless already attached or not yet stamped.
-    ASSERT_TRUE(ring.Queue().Initialize(ring.pu1, ring.cbLength, 8, false));
-    PushSequence(ring.Queue(), 0, 2);
-    EXPECT_FALSE(ring.Queue().Initialize(ring.pu1, ring.cbLength, 8, true));
-    CLockfreeArrayQueue view;
-    ASSERT_TRUE(view.Initialize(ring.pu1, ring.cbLength, 8, true));
-    EXPECT_EQ(view.Count(), 2u);
-    EXPECT_EQ(PopLines(view, 10), (std::vector<uint32_t>{0, 1}));
-    ring.Header()->u4Capacity = 0;
-    CLockfreeArrayQueue late;
-    EXPECT_FALSE(late.Initialize(ring.pu1, ring.cbLength, 8, true));
-}
-
 // A ring of capacity 4 holds 3; batches that cross its end, and positions that wrap the 32-bit
 // range, keep their order.
 TEST(CLockfreeArrayQueue, RingOfFourHoldsThreeInOrderAcrossItsEndAndThe32BitWrap) {

@@ -99,24 +99,30 @@ bool StartAndConnectSession(ServerUnderTest* pServer, CNyStrictClient* pSession)
            pSession->Open(strSession) == NY_OK && pSession->Connect(CONNECT_MS) == NY_OK;
 }
 
-void BM_MainRoundTrip(benchmark::State& state) {
-    ServerUnderTest server;
-    if (!server.Start()) {
-        state.SkipWithError("the server did not start");
-        return;
-    }
+// Times one request per iteration on pClient and reports the percentiles of the round trips.
+template <typename TReq, typename TResp>
+void TimeRequests(benchmark::State& state, CNyStrictClient* pClient, TReq blkReq, TResp* pResp) {
     std::vector<double> vMicros;
-    BlkMainSessionRequestTag blkReq = {};  // type 0: answered with status 0
-    BlkMainSessionResponseTag blkResp = {};
     for (auto _ : state) {
         auto tStart = Clock::now();
-        if (server.main.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
+        if (pClient->Request(&blkReq, sizeof(blkReq), pResp, sizeof(*pResp)) != NY_OK) {
             state.SkipWithError("request failed");
             return;
         }
         vMicros.push_back(MicrosSince(tStart));
     }
     Percentiles(state, vMicros);
+}
+
+void BM_MainRoundTrip(benchmark::State& state) {
+    ServerUnderTest server;
+    if (!server.Start()) {
+        state.SkipWithError("the server did not start");
+        return;
+    }
+    BlkMainSessionRequestTag blkReq = {};  // type 0: answered with status 0
+    BlkMainSessionResponseTag blkResp = {};
+    TimeRequests(state, &server.main, blkReq, &blkResp);
 }
 BENCHMARK(BM_MainRoundTrip)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 
@@ -127,19 +133,10 @@ void BM_SessionStatusPoll(benchmark::State& state) {
         state.SkipWithError("no session");
         return;
     }
-    std::vector<double> vMicros;
     tagBlkUiParam blkReq = {};
     blkReq.enUiCmdType = UI_CMD_GET_STATUS;
     tagBlkUiParam blkResp = {};
-    for (auto _ : state) {
-        auto tStart = Clock::now();
-        if (session.Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp)) != NY_OK) {
-            state.SkipWithError("poll failed");
-            return;
-        }
-        vMicros.push_back(MicrosSince(tStart));
-    }
-    Percentiles(state, vMicros);
+    TimeRequests(state, &session, blkReq, &blkResp);
 }
 BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 

@@ -14,7 +14,7 @@
 #include "NyGuiTestText.h"
 
 // Time a window or a text gets to appear (generous: CI machines run many suites at once).
-constexpr unsigned int NY_E2E_WAIT_MS = 30000;
+constexpr unsigned int NY_E2E_WAIT_MS = 60000;
 constexpr unsigned int NY_TXT_VERIFY_TITLE = 0x21007A;
 
 // A verify request with the given lengths, in mode u4Mode; the PIN of an answer.

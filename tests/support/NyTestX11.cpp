@@ -54,9 +54,18 @@ std::vector<std::string> NyTestFindWindows(const std::string& strTitleRegex) {
 
 std::string NyTestWaitWindow(const std::string& strTitleRegex, unsigned int u4TimeoutMs) {
     std::vector<std::string> v;
-    NyTestWaitUntil([&] { return (v = NyTestFindWindows(strTitleRegex)).size() == 1; },
-                    u4TimeoutMs);
-    return v.size() == 1 ? v[0] : "";
+    if (NyTestWaitUntil([&] { return (v = NyTestFindWindows(strTitleRegex)).size() == 1; },
+                        u4TimeoutMs)) {
+        return v[0];
+    }
+    // What the display shows instead, for the failure's reader.
+    fprintf(stderr, "%zu windows match %s; windows with a name: %s\n", v.size(),
+            strTitleRegex.c_str(),
+            NyTestShell("for w in $(xdotool search --name .); do printf '%s \"%s\" (%s) ' $w "
+                        "\"$(xdotool getwindowname $w)\" \"$(xwininfo -id $w | grep -o "
+                        "'Is[A-Za-z]*')\"; done; printf '; openbox running: '; pgrep -c openbox")
+                .c_str());
+    return "";
 }
 
 bool NyTestWaitNoWindow(const std::string& strTitleRegex, unsigned int u4TimeoutMs) {

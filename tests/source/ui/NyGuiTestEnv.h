@@ -16,7 +16,7 @@
 #include "uiblock/NyUiParam.h"
 
 // Time a window or a text gets to appear (generous: CI machines run many suites at once).
-constexpr unsigned int NY_GUI_TEST_WAIT_MS = 30000;
+constexpr unsigned int NY_GUI_TEST_WAIT_MS = 60000;
 
 // Runs a dialog's run() on a thread of its own.
 class CGuiTestRun {

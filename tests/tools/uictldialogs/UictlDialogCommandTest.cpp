@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr unsigned int NY_WAIT_MS = 30000;
+constexpr unsigned int NY_WAIT_MS = 60000;
 const char* const NY_CONFIRM_TITLE = "^UKey提示信息-OVA $";
 
 class UictlDialogCommandTest : public testing::Test {

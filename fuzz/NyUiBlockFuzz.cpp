@@ -13,6 +13,8 @@
 #include <cstring>
 #include <mutex>
 
+#include <pthread.h>
+
 #include "GUIService.h"
 #include "NyConfigImage.h"
 #include "NyFuzzCheck.h"
@@ -31,13 +33,20 @@ uint32_t s_cThreadsStarted = 0;
 uint32_t s_cThreadsEnded = 0;
 std::mutex s_mtxThreads;
 std::condition_variable s_cvThreadEnded;
-struct CThreadEnd {
-    ~CThreadEnd() {
-        std::lock_guard<std::mutex> lock(s_mtxThreads);
-        ++s_cThreadsEnded;
-        s_cvThreadEnded.notify_all();
-    }
-};
+// A thread key's destructor, not a thread_local object's: glibc unlinks a thread_local's exit
+// record before calling its destructor and frees it after, so an input that ended in between
+// would show that record as a leak.
+void CountThreadEnd(void*) {
+    std::lock_guard<std::mutex> lock(s_mtxThreads);
+    ++s_cThreadsEnded;
+    s_cvThreadEnded.notify_all();
+}
+pthread_key_t MakeThreadEndKey() {
+    pthread_key_t key;
+    NyFuzzCheck(pthread_key_create(&key, CountThreadEnd) == 0);
+    return key;
+}
+const pthread_key_t s_keyThreadEnd = MakeThreadEndKey();
 
 // Keeps the request as its answer and, when run, marks it accepted with the PIN typed in, as
 // a PIN dialog does. A request whose first reserved byte is 0xFF fails to run, as a dialog
@@ -47,7 +56,7 @@ public:
     explicit CFuzzDialog(const tagBlkUiParam* pReq) { InitBlockCopy(&m_blkCopy, pReq); }
     ~CFuzzDialog() override { WipeBlockCopy(&m_blkCopy); }
     unsigned int run() override {
-        static thread_local CThreadEnd s_end;
+        pthread_setspecific(s_keyThreadEnd, &s_keyThreadEnd);
         std::lock_guard<std::mutex> lock(m_mtx);
         if (m_blkCopy.au1Reserved1[0] == 0xFF) {
             return NY_ERR_BAD_ARGUMENT;

@@ -89,8 +89,14 @@ std::string NyTestFocusedWindow() {
     return Xdotool("getwindowfocus");
 }
 
+// The window manager acts on the window it holds active, which it learns after the X server
+// has moved the focus: a close key sent in between is lost.
 bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs) {
-    return NyTestWaitUntil([&] { return NyTestFocusedWindow() == strWindow; }, u4TimeoutMs);
+    return NyTestWaitUntil(
+        [&] {
+            return NyTestFocusedWindow() == strWindow && Xdotool("getactivewindow") == strWindow;
+        },
+        u4TimeoutMs);
 }
 
 void NyTestType(const std::string& strText) {

@@ -23,8 +23,8 @@ std::string NyTestWindowTitle(const std::string& strWindow);
 std::string NyTestWindowProperty(const std::string& strWindow, const std::string& strProperty);
 // The window that has the input focus (xdotool getwindowfocus).
 std::string NyTestFocusedWindow();
-// Waits until that window has the input focus (keys for the window manager, such as alt+F4,
-// act on the focused window).
+// Waits until that window has the input focus and is the window manager's active window (keys
+// for the window manager, such as alt+F4, act on that one).
 bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs);
 
 // Keyboard: text typed through the XTEST extension into whatever has the focus, and key

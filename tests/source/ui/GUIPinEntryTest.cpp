@@ -108,6 +108,7 @@ TEST_F(GUIPinEntryTest, EveryEndButOkAnswersTheRequestUntouched) {
             if (strEnd == "cancel") {
                 ClickButton(NY_TXT_CANCEL);
             } else {
+                EXPECT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
                 NyTestKey(strEnd);
             }
             ExpectUntouched(Finish());

@@ -53,8 +53,7 @@ protected:
                        const std::vector<std::string>& vInput, int iExit) {
         std::string strWindow = NyTestWaitWindow("^" + strTitle + "$", NY_WAIT_MS);
         EXPECT_FALSE(strWindow.empty()) << "no window titled " << strTitle;
-        EXPECT_TRUE(
-            NyTestWaitUntil([&] { return NyTestFocusedWindow() == strWindow; }, NY_WAIT_MS));
+        EXPECT_TRUE(NyTestWaitFocused(strWindow, NY_WAIT_MS));
         for (const std::string& strInput : vInput) {
             strInput.compare(0, 5, "type:") == 0 ? NyTestType(strInput.substr(5))
                                                  : NyTestKey(strInput);

@@ -13,7 +13,7 @@ namespace {
 
 // How long Stop() waits for the thread to notice the request before NyThreadEnd takes over.
 constexpr uint32_t HEARTBEAT_STOP_POLLS = 100;
-// A beat older than this no longer counts as the thread's own sign of life.
+// A beat older than this no longer counts as the thread's own sign of life by itself.
 constexpr uint64_t HEARTBEAT_STALE_MS = 100;
 
 }  // namespace
@@ -69,6 +69,11 @@ void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
     m_cvWake.notify_all();
 }
 
+void CCommHeartBeat::BeatFresh() {
+    m_u8FreshUntil.store(NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS);
+    m_cvWake.notify_all();
+}
+
 bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
     if (u4PeriodMs == 0 || u4PeriodMs > COMM_HEARTBEAT_PERIOD_MS) {
         return false;
@@ -77,9 +82,23 @@ bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
     return true;
 }
 
-bool CCommHeartBeat::IsBeating() const {
-    return m_hThread != nullptr && m_u4Left.load() == 0 &&
-           NyOsGetTickCount64() - m_u8LastBeat.load() < HEARTBEAT_STALE_MS;
+// A thread that has not beaten lately (a loaded machine may leave it unscheduled for longer
+// than its period) is given the waiter's time for its next beat, as a client would give it.
+bool CCommHeartBeat::IsBeating(uint32_t u4WaitMs) const {
+    uint64_t u8Until = NyOsGetTickCount64() + u4WaitMs;
+    for (;;) {
+        if (m_hThread == nullptr || m_u4Left.load() != 0) {
+            return false;
+        }
+        uint64_t u8Now = NyOsGetTickCount64();
+        if (u8Now - m_u8LastBeat.load() < HEARTBEAT_STALE_MS) {
+            return true;
+        }
+        if (u8Now >= u8Until) {
+            return false;
+        }
+        NyOsSleep(1);
+    }
 }
 
 // Fast while asked to, and while an answer waits to be wiped.

@@ -42,11 +42,14 @@ public:
     void Stop();
     // Beat every millisecond for the next u4FastMs, starting now.
     void BeatFast(uint32_t u4FastMs);
+    // Beat fast as on a fresh channel: until a beat finds a client waiting, at most
+    // COMM_HEARTBEAT_FRESH_FAST_MS.
+    void BeatFresh();
     // The period between beats when nothing asks for fast ones (1..COMM_HEARTBEAT_PERIOD_MS).
     bool SetPeriod(uint32_t u4PeriodMs);
-    // True while the thread runs and its last beat is recent: how this process asks after its
-    // own channel without consuming a beat that a client waits for.
-    bool IsBeating() const;
+    // True while the thread runs and its last beat is recent, or it beats within u4WaitMs: how
+    // this process asks after its own channel without consuming a beat that a client waits for.
+    bool IsBeating(uint32_t u4WaitMs) const;
 
 private:
     static void* SessionHeartBeatThreadProc(void* pvArg);

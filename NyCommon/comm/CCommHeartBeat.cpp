@@ -11,6 +11,9 @@
 
 namespace {
 
+// The thread's time slice: a beat is a few microseconds of work, and a beat or answer wipe that
+// waits behind another thread's slice on a busy machine comes milliseconds late.
+constexpr uint32_t HEARTBEAT_SLICE_US = 100;
 // How long Stop() waits for the thread to notice the request before NyThreadEnd takes over.
 constexpr uint32_t HEARTBEAT_STOP_POLLS = 100;
 // A beat older than this no longer counts as the thread's own sign of life by itself.
@@ -130,6 +133,7 @@ void CCommHeartBeat::Pause(uint32_t u4Ms) {
 // storm would otherwise get one client through per beat).
 void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
     CCommHeartBeat* pThis = static_cast<CCommHeartBeat*>(pvArg);
+    NyThreadPreferShortSlice(HEARTBEAT_SLICE_US);
     uint32_t u4Result = 0;
     while (pThis->m_u4Stop == 0) {
         uint32_t u4Waiting = 0;

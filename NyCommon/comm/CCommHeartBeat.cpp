@@ -64,12 +64,18 @@ void CCommHeartBeat::Stop() {
     m_hThread = nullptr;
 }
 
+// A thread already beating fast wakes within a millisecond anyway: it is not woken (in a storm
+// every answer would otherwise cost a wake of the heartbeat thread beside the client's).
 void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
-    uint64_t u8Until = NyOsGetTickCount64() + u4FastMs;
-    if (m_u8FastUntil.load() < u8Until) {
+    uint64_t u8Now = NyOsGetTickCount64();
+    uint64_t u8Until = u8Now + u4FastMs;
+    uint64_t u8Was = m_u8FastUntil.load();
+    if (u8Was < u8Until) {
         m_u8FastUntil.store(u8Until);
     }
-    m_cvWake.notify_all();
+    if (u8Was <= u8Now && u8Now >= m_u8FreshUntil.load()) {
+        m_cvWake.notify_all();
+    }
 }
 
 void CCommHeartBeat::BeatFresh() {
@@ -113,11 +119,14 @@ uint32_t CCommHeartBeat::NextPeriodMs() const {
 }
 
 // A beat that found clients waiting ends the fresh channel's fast window (its first client is
-// in), and is followed by a few fast beats for the clients of a storm that arrive just after.
+// in); one that found several is followed by a few fast beats for the clients of a storm that
+// arrive just after (a single client, as on a session's channel, needs none).
 void CCommHeartBeat::Beaten(uint32_t u4Waiting) {
     m_u8LastBeat.store(NyOsGetTickCount64());
     if (u4Waiting != 0) {
         m_u8FreshUntil.store(0);
+    }
+    if (u4Waiting > 1) {
         BeatFast(COMM_HEARTBEAT_ANSWER_FAST_MS);
     }
 }

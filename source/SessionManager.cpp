@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "GUIService.h"
-#include "SessionChannelPool.h"
 #include "SessionRegistry.h"
 #include "comm/NyCommunication.h"
 #include "log/NyLog.h"
@@ -28,41 +27,13 @@ std::map<uint32_t, BlkSessionInfoTag> m_mapSessionManager;
 // the same id, with its channel name; guarded by the same lock.
 std::map<std::shared_ptr<GUIService>, std::string> m_mapLiveServices;
 
-// Channels opened ahead of the starts, while the server serves; guarded by the same lock.
-std::shared_ptr<CSessionChannelPool> m_pChannelPool;
-// How many channels the pool keeps ready: a storm's first starts find them there, the later
-// ones one that the pool's thread opened meanwhile (each idle one costs a heartbeat).
-constexpr size_t SESSION_POOL_READY = 4;
-
 // Called with the lock held when a session ends (a start only appends its name).
 void PublishLiveSessions() {
     std::vector<std::string> vNames;
     for (const auto& entry : m_mapLiveServices) {
         vNames.push_back(entry.second);
     }
-    if (m_pChannelPool != nullptr) {
-        m_pChannelPool->AppendNames(&vNames);
-    }
     SessionRegistryWrite(vNames);
-}
-
-void RecordPooledChannel(const std::string& strName) {
-    std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-    SessionRegistryAdd(strName);
-}
-
-// A channel from the pool, else one opened now.
-uint32_t TakeSessionChannel(std::string* pstrName, NY_COMM_HANDLE* phSession) {
-    std::shared_ptr<CSessionChannelPool> pPool;
-    {
-        std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-        pPool = m_pChannelPool;
-    }
-    if (pPool != nullptr && pPool->Take(pstrName, phSession)) {
-        NyCommBeatFresh(*phSession);  // its client is about to connect
-        return NY_OK;
-    }
-    return OpenFreshSessionChannel(pstrName, phSession);
 }
 
 // What a session thread is started with: its table key and its share of the service.
@@ -79,6 +50,22 @@ void CopyName(char* szDest, size_t cchDest, const char* szSrc) {
     size_t cchCopy = strnlen(szSrc, cchDest - 1);
     memcpy(szDest, szSrc, cchCopy);
     szDest[cchCopy] = '\0';
+}
+
+uint32_t OpenSessionChannel(const char* szGuid, NY_COMM_HANDLE* phSession) {
+    BlkCommInitParamTag blkInit;
+    if (!NySessionFillInitParam(szGuid, &blkInit)) {
+        NY_LOG(LOG_ERROR,
+               "CUiServerExe::StartNewSession()-> szGuid != m_szSessionName!!!, Guid=[%s], "
+               "m_szSessionName=[%s]",
+               szGuid, blkInit.blkShm.szName);
+        return NY_ERR_BAD_ARGUMENT;
+    }
+    uint32_t u4Result = NyCommConnectAsServer(&blkInit, phSession);
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+    }
+    return u4Result;
 }
 
 // Starts the session thread and records the session; the table lock is held across both so
@@ -112,13 +99,17 @@ uint32_t StartServiceThread(uint32_t u4InteractionId, const char* szGuid,
 
 uint32_t StartSessionInner(uint32_t u4InteractionId, uint32_t u4ClientPid, char* szName,
                            uint32_t u4NameSize) {
-    std::string strGuid;
+    char szGuid[256] = {};
+    uint32_t u4Result = NyGenUuid(szGuid, sizeof(szGuid));
+    if (u4Result != NY_OK) {
+        NY_LOG_RESULT(u4Result);
+        return u4Result;
+    }
     NY_COMM_HANDLE hSession = nullptr;
-    uint32_t u4Result = TakeSessionChannel(&strGuid, &hSession);
+    u4Result = OpenSessionChannel(szGuid, &hSession);
     if (u4Result != NY_OK) {
         return u4Result;
     }
-    const char* szGuid = strGuid.c_str();
     NY_LOG(LOG_TRACE,
            "CUiServerExe::StartNewSession()->Session New!!! u4SessionId = %08x, Handle = %08x, "
            "szGuid = %s",
@@ -190,28 +181,6 @@ void StopAllSessions() {
     }
     for (const auto& pService : vStop) {
         pService->stop();
-    }
-}
-
-void StartSessionPool() {
-    std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-    if (m_pChannelPool == nullptr) {
-        m_pChannelPool =
-            std::make_shared<CSessionChannelPool>(SESSION_POOL_READY, RecordPooledChannel);
-        m_pChannelPool->Start();
-    }
-}
-
-void CloseSessionPool() {
-    std::shared_ptr<CSessionChannelPool> pPool;
-    {
-        std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-        pPool.swap(m_pChannelPool);
-    }
-    if (pPool != nullptr) {
-        pPool->Close();
-        std::lock_guard<std::mutex> lock(m_mtxSessionManager);
-        PublishLiveSessions();
     }
 }
 

@@ -34,10 +34,6 @@ void* SessionThreadEntry(void* pvSession);
 // Empties the table, smallest interaction id first, telling each service to stop; sessions
 // replaced in the table by a newer one for their id are stopped too.
 void StopAllSessions();
-// Keeps a few session channels open ahead of the starts (a thread of its own opens them), until
-// CloseSessionPool closes those not handed out. Without it every start opens its channel.
-void StartSessionPool();
-void CloseSessionPool();
 // Number of entries in the table.
 size_t GetSessionCount();
 // Waits until every session thread has ended (at most u4TimeoutMs); true when they all have.

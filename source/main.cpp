@@ -63,11 +63,9 @@ uint32_t Serve(char (&szName)[MAIN_SESSION_NAME_BUFFER]) {
         CloseMainSession();
         return u4Result;
     }
-    StartSessionPool();
     u4Result = ServerThreadEntry();
     // The keep-alive thread is never waited for: it ends with the process.
     NyThreadCloseHandle(hKeepAlive);
-    CloseSessionPool();
     StopAllSessions();
     WaitForSessionsToEnd(SESSION_END_WAIT_MS);
     CloseMainSession();

@@ -78,11 +78,6 @@ void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
     }
 }
 
-void CCommHeartBeat::BeatFresh() {
-    m_u8FreshUntil.store(NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS);
-    m_cvWake.notify_all();
-}
-
 bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
     if (u4PeriodMs == 0 || u4PeriodMs > COMM_HEARTBEAT_PERIOD_MS) {
         return false;

@@ -42,9 +42,6 @@ public:
     void Stop();
     // Beat every millisecond for the next u4FastMs, starting now.
     void BeatFast(uint32_t u4FastMs);
-    // Beat fast as on a fresh channel: until a beat finds a client waiting, at most
-    // COMM_HEARTBEAT_FRESH_FAST_MS.
-    void BeatFresh();
     // The period between beats when nothing asks for fast ones (1..COMM_HEARTBEAT_PERIOD_MS).
     bool SetPeriod(uint32_t u4PeriodMs);
     // True while the thread runs and its last beat is recent, or it beats within u4WaitMs: how

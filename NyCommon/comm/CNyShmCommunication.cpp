@@ -292,15 +292,6 @@ uint32_t CNyShmCommunication::SetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4
     return use.Info().pHeartBeat->SetPeriod(u4PeriodMs) ? 0 : NY_ERR_INVALID_ARGUMENT;
 }
 
-uint32_t CNyShmCommunication::BeatFresh(NY_COMM_HANDLE hSession) {
-    CChannelUse use(m_sessionRecord, hSession);
-    if (!use.IsValid() || use.Info().pHeartBeat == nullptr) {
-        return NY_ERR_COMM_NOT_CONNECTED;
-    }
-    use.Info().pHeartBeat->BeatFresh();
-    return 0;
-}
-
 uint32_t CNyShmCommunication::IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact) {
     if (pbIntact == nullptr) {
         return NY_ERR_INVALID_ARGUMENT;

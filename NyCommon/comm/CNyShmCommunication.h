@@ -39,7 +39,6 @@ public:
     // event sets still exist (someone may remove them from outside).
     uint32_t IsIntact(NY_COMM_HANDLE hSession, EnBool* pbIntact);
     uint32_t SetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs);
-    uint32_t BeatFresh(NY_COMM_HANDLE hSession);
 
     // Low-level request: writes blkHeader and its u4DataLen bytes of pData, sets the request
     // event, resets the response event and returns the result of waiting u4TimeoutMs for it.

@@ -97,10 +97,6 @@ uint32_t NyCommSetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs) {
     return Logged(ShmCommunication().SetBeatPeriod(hSession, u4PeriodMs));
 }
 
-uint32_t NyCommBeatFresh(NY_COMM_HANDLE hSession) {
-    return Logged(ShmCommunication().BeatFresh(hSession));
-}
-
 uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession) {
     return Logged(ShmCommunication().Disconnect(hSession));
 }

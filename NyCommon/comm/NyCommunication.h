@@ -87,6 +87,3 @@ uint32_t NyCommDisconnect(NY_COMM_HANDLE hSession);
 // Server side: the channel's heartbeat beats every u4PeriodMs (1..10) when it has nothing else
 // to do, so that clients that arrive together wait less for their first beat.
 uint32_t NyCommSetBeatPeriod(NY_COMM_HANDLE hSession, uint32_t u4PeriodMs);
-// Server side: the channel beats as a freshly opened one does (fast until a client waits for a
-// beat), for a channel that was opened ahead and is only now given to its client.
-uint32_t NyCommBeatFresh(NY_COMM_HANDLE hSession);

@@ -105,19 +105,12 @@ bool CCommHeartBeat::IsBeating(uint32_t u4WaitMs) const {
     }
 }
 
-// Fast while asked to and while an answer waits to be wiped; faster still for the wipe in the
-// first milliseconds after the answer: its client lets go of the channel a moment after it, and
-// the wipe follows within a fifth of a beat (a client that holds on longer is looked at every
-// beat).
-uint32_t CCommHeartBeat::NextPeriodUs() const {
+// Fast while asked to, and while an answer waits to be wiped.
+uint32_t CCommHeartBeat::NextPeriodMs() const {
     uint64_t u8Now = NyOsGetTickCount64();
-    bool bWipe = m_pGuard != nullptr && m_pGuard->WipePending();
-    bool bAsked = u8Now < m_u8FastUntil.load();
-    if (bWipe && bAsked) {
-        return COMM_HEARTBEAT_WIPE_POLL_US;
-    }
-    bool bFast = bWipe || bAsked || u8Now < m_u8FreshUntil.load();
-    return (bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : m_u4PeriodMs.load()) * 1000;
+    bool bFast = u8Now < m_u8FastUntil.load() || u8Now < m_u8FreshUntil.load() ||
+                 (m_pGuard != nullptr && m_pGuard->WipePending());
+    return bFast ? COMM_HEARTBEAT_FAST_PERIOD_MS : m_u4PeriodMs.load();
 }
 
 // A beat that found clients waiting ends the fresh channel's fast window (its first client is
@@ -133,10 +126,10 @@ void CCommHeartBeat::Beaten(uint32_t u4Waiting) {
     }
 }
 
-void CCommHeartBeat::Pause(uint32_t u4Us) {
+void CCommHeartBeat::Pause(uint32_t u4Ms) {
     std::unique_lock<std::mutex> lock(m_mtxWake);
     if (m_u4Stop == 0) {
-        m_cvWake.wait_for(lock, std::chrono::microseconds(u4Us));
+        m_cvWake.wait_for(lock, std::chrono::milliseconds(u4Ms));
     }
 }
 
@@ -157,7 +150,7 @@ void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
             pThis->m_pGuard->TryWipe();
         }
         pthread_testcancel();
-        pThis->Pause(pThis->NextPeriodUs());
+        pThis->Pause(pThis->NextPeriodMs());
     }
     pThis->m_u4Left = 1;
     return reinterpret_cast<void*>(static_cast<uintptr_t>(u4Result));

@@ -19,8 +19,6 @@
 
 constexpr uint32_t COMM_HEARTBEAT_PERIOD_MS = 10;
 constexpr uint32_t COMM_HEARTBEAT_FAST_PERIOD_MS = 1;
-// How often a pending answer wipe is tried (each try beats too).
-constexpr uint32_t COMM_HEARTBEAT_WIPE_POLL_US = 200;
 // A fresh channel beats fast until a beat finds a client waiting, at most this long, so a client
 // told its name connects at once (a storm of fresh sessions does not keep the cores busy).
 constexpr uint32_t COMM_HEARTBEAT_FRESH_FAST_MS = 200;
@@ -53,9 +51,9 @@ public:
 
 private:
     static void* SessionHeartBeatThreadProc(void* pvArg);
-    uint32_t NextPeriodUs() const;
+    uint32_t NextPeriodMs() const;
     void Beaten(uint32_t u4Waiting);
-    void Pause(uint32_t u4Us);
+    void Pause(uint32_t u4Ms);
 
     NY_EVENT_HANDLE m_hConnected;
     CCommAnswerGuard* m_pGuard;

@@ -5,8 +5,7 @@
 // Besides the periodic beat (10 ms, or less after SetPeriod) the thread beats every millisecond for
 // a while when asked (a fresh channel, and after every answer), releases every client waiting on
 // the event at a beat, and does the channel's pending answer wipe (CCommAnswerGuard) while it beats
-// fast (every 200 us just after the answer). It asks the scheduler for short time slices, so that
-// a beat is not late on a busy machine.
+// fast. It asks the scheduler for short time slices, so that a beat is not late on a busy machine.
 #pragma once
 
 #include <atomic>

@@ -11,7 +11,6 @@
 #include "SessionManager.h"
 #include "log/NyLog.h"
 #include "os/NyOs.h"
-#include "os/NyThread.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
 #include "session/NyMainSessionRecord.h"
@@ -27,7 +26,6 @@ constexpr uint32_t LISTEN_RETRY_MS = 5;
 // The main channel beats every 2 ms rather than every 10: every client's first step is to wait
 // for a beat here, and in a storm of clients starting together that wait is everyone's.
 constexpr uint32_t MAIN_BEAT_PERIOD_MS = 2;
-constexpr uint32_t MAIN_LOOP_SLICE_US = 500;
 
 // The request loop and the keep-alive thread both use the main channel; the keep-alive closes
 // and re-opens it. The lock keeps a listen or notify from running on a channel being closed;
@@ -236,9 +234,6 @@ uint32_t ProcessRequestSer(const uint8_t* pu1Req, uint32_t u4ReqSize, uint8_t* p
 }
 
 uint32_t ServerThreadEntry() {
-    // Clients wait in line for the main channel, each for the answer before its own: the loop
-    // asks for slices that fit one request, so it runs when a request wakes it on a busy machine.
-    NyThreadPreferShortSlice(MAIN_LOOP_SLICE_US);
     uint8_t au1Req[MAIN_BUFFER_SIZE];
     uint8_t au1Resp[MAIN_BUFFER_SIZE];
     uint32_t u4Result = NY_OK;

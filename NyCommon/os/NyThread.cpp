@@ -23,6 +23,19 @@ struct BlkNyThreadTag {
 
 namespace {
 
+// The scheduling attributes record of sched_setattr (no C library wrapper everywhere); for the
+// normal policy, sched_runtime is the thread's time slice in nanoseconds.
+struct BlkSchedAttrTag {
+    uint32_t u4Size;
+    uint32_t u4Policy;
+    uint64_t u8Flags;
+    int32_t i4Nice;
+    uint32_t u4Priority;
+    uint64_t u8Runtime;
+    uint64_t u8Deadline;
+    uint64_t u8Period;
+};
+
 constexpr uint32_t NY_THREAD_END_CHECKS = 30;
 constexpr uint32_t NY_THREAD_END_POLL_MS = 100;
 
@@ -115,21 +128,6 @@ void NyThreadCloseHandle(NY_THREAD_HANDLE hThread) {
     hThread->i4State = NY_THREAD_STARTED;
     delete hThread;
 }
-
-// The scheduling attributes record of sched_setattr (no C library wrapper everywhere); for the
-// normal policy, sched_runtime is the thread's time slice in nanoseconds.
-namespace {
-struct BlkSchedAttrTag {
-    uint32_t u4Size;
-    uint32_t u4Policy;
-    uint64_t u8Flags;
-    int32_t i4Nice;
-    uint32_t u4Priority;
-    uint64_t u8Runtime;
-    uint64_t u8Deadline;
-    uint64_t u8Period;
-};
-}  // namespace
 
 bool NyThreadPreferShortSlice(uint32_t u4SliceUs) {
 #ifdef SYS_sched_setattr

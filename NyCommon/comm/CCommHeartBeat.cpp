@@ -11,9 +11,12 @@
 
 namespace {
 
+// The thread's time slice: a beat is a few microseconds of work, and a beat or answer wipe that
+// waits behind another thread's slice on a busy machine comes milliseconds late.
+constexpr uint32_t HEARTBEAT_SLICE_US = 100;
 // How long Stop() waits for the thread to notice the request before NyThreadEnd takes over.
 constexpr uint32_t HEARTBEAT_STOP_POLLS = 100;
-// A beat older than this no longer counts as the thread's own sign of life.
+// A beat older than this no longer counts as the thread's own sign of life by itself.
 constexpr uint64_t HEARTBEAT_STALE_MS = 100;
 
 }  // namespace
@@ -61,12 +64,18 @@ void CCommHeartBeat::Stop() {
     m_hThread = nullptr;
 }
 
+// A thread already beating fast wakes within a millisecond anyway: it is not woken (in a storm
+// every answer would otherwise cost a wake of the heartbeat thread beside the client's).
 void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
-    uint64_t u8Until = NyOsGetTickCount64() + u4FastMs;
-    if (m_u8FastUntil.load() < u8Until) {
+    uint64_t u8Now = NyOsGetTickCount64();
+    uint64_t u8Until = u8Now + u4FastMs;
+    uint64_t u8Was = m_u8FastUntil.load();
+    if (u8Was < u8Until) {
         m_u8FastUntil.store(u8Until);
     }
-    m_cvWake.notify_all();
+    if (u8Was <= u8Now && u8Now >= m_u8FreshUntil.load()) {
+        m_cvWake.notify_all();
+    }
 }
 
 bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
@@ -77,9 +86,23 @@ bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
     return true;
 }
 
-bool CCommHeartBeat::IsBeating() const {
-    return m_hThread != nullptr && m_u4Left.load() == 0 &&
-           NyOsGetTickCount64() - m_u8LastBeat.load() < HEARTBEAT_STALE_MS;
+// A thread that has not beaten lately (a loaded machine may leave it unscheduled for longer
+// than its period) is given the waiter's time for its next beat, as a client would give it.
+bool CCommHeartBeat::IsBeating(uint32_t u4WaitMs) const {
+    uint64_t u8Until = NyOsGetTickCount64() + u4WaitMs;
+    for (;;) {
+        if (m_hThread == nullptr || m_u4Left.load() != 0) {
+            return false;
+        }
+        uint64_t u8Now = NyOsGetTickCount64();
+        if (u8Now - m_u8LastBeat.load() < HEARTBEAT_STALE_MS) {
+            return true;
+        }
+        if (u8Now >= u8Until) {
+            return false;
+        }
+        NyOsSleep(1);
+    }
 }
 
 // Fast while asked to, and while an answer waits to be wiped.
@@ -91,11 +114,14 @@ uint32_t CCommHeartBeat::NextPeriodMs() const {
 }
 
 // A beat that found clients waiting ends the fresh channel's fast window (its first client is
-// in), and is followed by a few fast beats for the clients of a storm that arrive just after.
+// in); one that found several is followed by a few fast beats for the clients of a storm that
+// arrive just after (a single client, as on a session's channel, needs none).
 void CCommHeartBeat::Beaten(uint32_t u4Waiting) {
     m_u8LastBeat.store(NyOsGetTickCount64());
     if (u4Waiting != 0) {
         m_u8FreshUntil.store(0);
+    }
+    if (u4Waiting > 1) {
         BeatFast(COMM_HEARTBEAT_ANSWER_FAST_MS);
     }
 }
@@ -111,6 +137,7 @@ void CCommHeartBeat::Pause(uint32_t u4Ms) {
 // storm would otherwise get one client through per beat).
 void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
     CCommHeartBeat* pThis = static_cast<CCommHeartBeat*>(pvArg);
+    NyThreadPreferShortSlice(HEARTBEAT_SLICE_US);
     uint32_t u4Result = 0;
     while (pThis->m_u4Stop == 0) {
         uint32_t u4Waiting = 0;

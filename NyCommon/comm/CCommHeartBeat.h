@@ -5,7 +5,7 @@
 // Besides the periodic beat (10 ms, or less after SetPeriod) the thread beats every millisecond for
 // a while when asked (a fresh channel, and after every answer), releases every client waiting on
 // the event at a beat, and does the channel's pending answer wipe (CCommAnswerGuard) while it beats
-// fast.
+// fast. It asks the scheduler for short time slices, so that a beat is not late on a busy machine.
 #pragma once
 
 #include <atomic>
@@ -44,9 +44,9 @@ public:
     void BeatFast(uint32_t u4FastMs);
     // The period between beats when nothing asks for fast ones (1..COMM_HEARTBEAT_PERIOD_MS).
     bool SetPeriod(uint32_t u4PeriodMs);
-    // True while the thread runs and its last beat is recent: how this process asks after its
-    // own channel without consuming a beat that a client waits for.
-    bool IsBeating() const;
+    // True while the thread runs and its last beat is recent, or it beats within u4WaitMs: how
+    // this process asks after its own channel without consuming a beat that a client waits for.
+    bool IsBeating(uint32_t u4WaitMs) const;
 
 private:
     static void* SessionHeartBeatThreadProc(void* pvArg);

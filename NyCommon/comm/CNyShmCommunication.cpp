@@ -337,7 +337,7 @@ uint32_t CNyShmCommunication::ConnectNew(const BlkCommInitParamTag& blkParam, ui
 uint32_t CNyShmCommunication::WaitForHeartBeat(const BlkCommShmInfoTag& blkInfo,
                                                uint32_t u4TimeoutMs) {
     if (blkInfo.pHeartBeat != nullptr) {
-        return blkInfo.pHeartBeat->IsBeating() ? 0 : NY_ERR_COMM_NOT_CONNECTED;
+        return blkInfo.pHeartBeat->IsBeating(u4TimeoutMs) ? 0 : NY_ERR_COMM_NOT_CONNECTED;
     }
     NyEventReset(blkInfo.hEventConnected);
     return NyEventWait(blkInfo.hEventConnected, u4TimeoutMs);

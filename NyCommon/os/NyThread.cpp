@@ -2,6 +2,10 @@
 
 #include <errno.h>
 #include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <new>
@@ -18,6 +22,19 @@ struct BlkNyThreadTag {
 };
 
 namespace {
+
+// The scheduling attributes record of sched_setattr (no C library wrapper everywhere); for the
+// normal policy, sched_runtime is the thread's time slice in nanoseconds.
+struct BlkSchedAttrTag {
+    uint32_t u4Size;
+    uint32_t u4Policy;
+    uint64_t u8Flags;
+    int32_t i4Nice;
+    uint32_t u4Priority;
+    uint64_t u8Runtime;
+    uint64_t u8Deadline;
+    uint64_t u8Period;
+};
 
 constexpr uint32_t NY_THREAD_END_CHECKS = 30;
 constexpr uint32_t NY_THREAD_END_POLL_MS = 100;
@@ -110,4 +127,18 @@ void NyThreadCloseHandle(NY_THREAD_HANDLE hThread) {
     hThread->u4Reserved = 0;
     hThread->i4State = NY_THREAD_STARTED;
     delete hThread;
+}
+
+bool NyThreadPreferShortSlice(uint32_t u4SliceUs) {
+#ifdef SYS_sched_setattr
+    BlkSchedAttrTag blkAttr = {};
+    blkAttr.u4Size = sizeof(blkAttr);
+    blkAttr.u4Policy = SCHED_OTHER;
+    blkAttr.i4Nice = getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
+    blkAttr.u8Runtime = static_cast<uint64_t>(u4SliceUs) * 1000;
+    return syscall(SYS_sched_setattr, 0, &blkAttr, 0) == 0;
+#else
+    (void)u4SliceUs;
+    return false;
+#endif
 }

@@ -20,3 +20,8 @@ bool NyThreadShouldExit(NY_THREAD_HANDLE hThread);
 int32_t NyThreadGetState(NY_THREAD_HANDLE hThread);
 uint32_t NyThreadSetState(NY_THREAD_HANDLE hThread, int32_t i4State);
 void NyThreadCloseHandle(NY_THREAD_HANDLE hThread);
+// Asks the scheduler for time slices of u4SliceUs for the calling thread (its priority and
+// share stay as they are): a thread that does a few microseconds of work at each wake then runs
+// as soon as it wakes on a busy machine instead of after another thread's longer slice. False
+// where the system has no such setting (nothing changes then).
+bool NyThreadPreferShortSlice(uint32_t u4SliceUs);

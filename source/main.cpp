@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include <cstdio>
+#include <thread>
 
 #include "GUIService.h"
 #include "MainServer.h"
@@ -44,7 +45,10 @@ void InitGui(int* piArgc, char*** pppArgv) {
     gdk_threads_init();
     if (!gtk_init_check(piArgc, pppArgv)) {
         GUIService::SetDialogsAvailable(false);
+        return;
     }
+    // Off the main thread: the main session is served meanwhile.
+    std::thread(GUIService::PrepareVerifyDialog).detach();
 }
 
 // Exit code of a server that found its main channel served by another live server.

@@ -110,6 +110,11 @@ protected:
     // window's title, a button's label or a label's text, by the widget's type.
     static void SetWidgetText(CConfig* pConfig, unsigned int u4Id, GtkWidget* pWidget,
                               unsigned int u4Size = NY_GUI_TEXT_SIZE);
+    // szText as a window's title, a button's label or a label's text, by the widget's type.
+    static void ApplyText(GtkWidget* pWidget, const char* szText);
+    // A font, and the dialogs' background colour, on a widget.
+    static void ApplyFont(GtkWidget* pWidget, const PangoFontDescription* pDesc);
+    static void ApplyBackground(GtkWidget* pWidget);
     // Ties an entry to its caption so that a screen reader announces the entry by it.
     static void SetEntryCaption(GtkWidget* pEntry, GtkWidget* pCaption);
 

@@ -95,7 +95,8 @@ protected:
     // "<szDir>/res/<szName>" into szPath (NY_GUI_PATH_SIZE bytes).
     static void ResourcePath(const char* szDir, const char* szName, char* szPath);
     // A builder over res/<szGladeName>; a missing or broken file is left to GTK's warnings
-    // (the widgets then come back null).
+    // (the widgets then come back null). Deliberately not loaded here when a spare is ready:
+    // the window was built ahead, hidden, and is handed over (GUISpareLayout.h).
     static GtkBuilder* LoadBuilder(const char* szDir, const char* szGladeName);
     static GtkWidget* GetWidget(GtkBuilder* pBuilder, const char* szId);
     // Puts res/Logo_Long.bmp into an image widget.

@@ -1,7 +1,10 @@
 // Time until a PIN dialog is on screen: from the verify request sent to the UI server to the
-// dialog window being mapped, and the same for pinentry-gtk-2 (from its GETPIN, and from its
-// spawn), side by side on one private Xvfb without a window manager. The moment of mapping is
-// the MapNotify that an X client watching the root window receives, not a polling loop.
+// dialog window being mapped; the whole way a token library's user waits (main-session start
+// request, connect to the new session, verify request, dialog mapped) with a client that takes
+// every step of the channel's client side; and the same for pinentry-gtk-2 (from its GETPIN,
+// and from its spawn), side by side on one private Xvfb without a window manager. The moment of
+// mapping is the MapNotify that an X client watching the root window receives, not a polling
+// loop.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <poll.h>

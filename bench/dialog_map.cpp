@@ -1,7 +1,10 @@
 // Time until a PIN dialog is on screen: from the verify request sent to the UI server to the
-// dialog window being mapped, and the same for pinentry-gtk-2 (from its GETPIN, and from its
-// spawn), side by side on one private Xvfb without a window manager. The moment of mapping is
-// the MapNotify that an X client watching the root window receives, not a polling loop.
+// dialog window being mapped; the whole way a token library's user waits (main-session start
+// request, connect to the new session, verify request, dialog mapped) with a client that takes
+// every step of the channel's client side; and the same for pinentry-gtk-2 (from its GETPIN,
+// and from its spawn), side by side on one private Xvfb without a window manager. The moment of
+// mapping is the MapNotify that an X client watching the root window receives, not a polling
+// loop.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -14,8 +17,11 @@
 #include <cstring>
 #include <string>
 
+#include "CNyStrictClient.h"
 #include "CNyUiClient.h"
 #include "NyUiServerProcess.h"
+#include "runtime/NyResult.h"
+#include "session/NyMainSessionRecord.h"
 #include "support/NyTestDisplay.h"
 #include "uiblock/NyUiParam.h"
 
@@ -26,6 +32,8 @@ namespace {
 
 constexpr int NY_BENCH_RUNS = 20;
 constexpr int NY_BENCH_MAP_TIMEOUT_MS = 10000;
+constexpr uint32_t NY_BENCH_CONNECT_MS = 500;
+constexpr useconds_t NY_BENCH_SETTLE_US = 300000;
 
 double MonotonicSeconds() {
     struct timespec ts = {};
@@ -93,6 +101,17 @@ CNyTestDisplay& Display() {
     return s_display;
 }
 
+// A verify request as the benchmarks send it: asynchronous, so that its answer comes at once.
+tagBlkUiParam VerifyRequest() {
+    tagBlkUiParam req;
+    memset(&req, 0, sizeof(req));
+    req.enUiCmdType = UI_CMD_VERIFY_PIN;
+    req.u4Mode = UI_MODE_ASYNC;
+    NyUiParamSetU4(&req, UI_OFS_VERIFY_MIN_LEN, 6);
+    NyUiParamSetU4(&req, UI_OFS_VERIFY_MAX_LEN, 16);
+    return req;
+}
+
 void BM_UiServerVerifyRequestToMap(benchmark::State& state) {
     Display();
     CMapWatch watch;
@@ -103,12 +122,8 @@ void BM_UiServerVerifyRequestToMap(benchmark::State& state) {
         state.SkipWithError("no display or no server");
         return;
     }
-    tagBlkUiParam req;
-    memset(&req, 0, sizeof(req));
-    req.enUiCmdType = UI_CMD_VERIFY_PIN;
-    req.u4Mode = UI_MODE_ASYNC;
-    NyUiParamSetU4(&req, UI_OFS_VERIFY_MIN_LEN, 6);
-    NyUiParamSetU4(&req, UI_OFS_VERIFY_MAX_LEN, 16);
+    usleep(NY_BENCH_SETTLE_US);
+    tagBlkUiParam req = VerifyRequest();
     for (auto _ : state) {
         watch.Drain();
         tagBlkUiParam resp;
@@ -124,6 +139,95 @@ void BM_UiServerVerifyRequestToMap(benchmark::State& state) {
         watch.WaitFor(UnmapNotify);
     }
     client.CloseSession();
+}
+
+// A server of its own (a separate process), reached through its main channel by a client that
+// takes every step of the channel's client side.
+struct BlkStrictServerTag {
+    std::string strMain = NyUiFreshMainName();
+    pid_t pid = -1;
+    CNyStrictClient main;
+    bool Start() {
+        uint32_t u4Error = 0;
+        pid = NyUiServerSpawn(NyUiServerPathBesideSelf().c_str(), strMain.c_str(), false, &u4Error);
+        for (int i = 0; pid > 0 && i < 500; ++i) {
+            if (main.Open(strMain) == NY_OK && main.Connect(NY_BENCH_CONNECT_MS) == NY_OK) {
+                return true;
+            }
+            usleep(10000);
+        }
+        return false;
+    }
+    ~BlkStrictServerTag() {
+        main.Close();
+        if (pid > 0) {
+            NyUiServerStop(pid, 5000);
+        }
+    }
+};
+
+// A main-session request of type u4Type for interaction u4Id; the session's name into pstrName.
+uint32_t MainRequest(CNyStrictClient* pMain, uint32_t u4Type, uint32_t u4Id,
+                     std::string* pstrName) {
+    BlkMainSessionRequestTag blkReq = {};
+    blkReq.u4ReqType = u4Type;
+    blkReq.uInteractionID = u4Id;
+    blkReq.uClientPid = static_cast<uint32_t>(getpid());
+    BlkMainSessionResponseTag blkResp = {};
+    uint32_t u4Result = pMain->Request(&blkReq, sizeof(blkReq), &blkResp, sizeof(blkResp));
+    if (u4Result == NY_OK && blkResp.u4Status != MAIN_STATUS_DONE) {
+        u4Result = NY_ERR_UNEXPECTED;
+    }
+    pstrName->assign(blkResp.szSessionName, strnlen(blkResp.szSessionName, 256));
+    return u4Result;
+}
+
+// What a token library's user waits for: the main session's start request, the connect to the
+// new session, the verify request, and the dialog on screen. The steps' own medians are
+// reported as counters (milliseconds from the start).
+void BM_StrictClientStartToMap(benchmark::State& state) {
+    Display();
+    CMapWatch watch;
+    BlkStrictServerTag server;
+    if (!watch.Open() || !server.Start()) {
+        state.SkipWithError("no display or no server");
+        return;
+    }
+    // A server that has been running a moment, as a token library finds it after its first use.
+    usleep(NY_BENCH_SETTLE_US);
+    tagBlkUiParam req = VerifyRequest();
+    uint32_t u4Id = 1;
+    for (auto _ : state) {
+        watch.Drain();
+        std::string strSession;
+        CNyStrictClient session;
+        tagBlkUiParam resp;
+        double dStart = MonotonicSeconds();
+        bool bOk = MainRequest(&server.main, MAIN_REQ_START_SESSION, u4Id, &strSession) == NY_OK;
+        double dStarted = MonotonicSeconds();
+        bOk = bOk && session.Open(strSession) == NY_OK &&
+              session.Connect(NY_BENCH_CONNECT_MS) == NY_OK;
+        double dConnected = MonotonicSeconds();
+        bOk = bOk && session.Request(&req, sizeof(req), &resp, sizeof(resp)) == NY_OK &&
+              resp.enRes == UI_RESULT_PENDING;
+        double dAnswered = MonotonicSeconds();
+        double dMapped = bOk ? watch.WaitFor(MapNotify) : 0;
+        if (dMapped == 0) {
+            state.SkipWithError("the dialog did not appear");
+            break;
+        }
+        state.SetIterationTime(dMapped - dStart);
+        state.counters["start_answered_ms"] = (dStarted - dStart) * 1e3;
+        state.counters["connected_ms"] = (dConnected - dStart) * 1e3;
+        state.counters["verify_answered_ms"] = (dAnswered - dStart) * 1e3;
+        tagBlkUiParam term;
+        memset(&term, 0, sizeof(term));
+        term.enUiCmdType = UI_CMD_TERMINATE;
+        session.Request(&term, sizeof(term), &resp, sizeof(resp));
+        watch.WaitFor(UnmapNotify);
+        session.Close();
+        MainRequest(&server.main, MAIN_REQ_FINISH_SESSION, u4Id++, &strSession);
+    }
 }
 
 // pinentry-gtk-2 with its standard input and output on pipes.
@@ -217,6 +321,12 @@ void BM_PinentrySpawnToMap(benchmark::State& state) {
 }  // namespace
 
 BENCHMARK(BM_UiServerVerifyRequestToMap)
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Repetitions(NY_BENCH_RUNS)
+    ->ReportAggregatesOnly(true)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StrictClientStartToMap)
     ->UseManualTime()
     ->Iterations(1)
     ->Repetitions(NY_BENCH_RUNS)

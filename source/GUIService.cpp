@@ -14,6 +14,7 @@
 #include "session/NySessionChannel.h"
 #include "ui/GUIFactory.h"
 #include "ui/GUISecureBuffer.h"
+#include "ui/GUIverify.h"
 #include "uiblock/NyUiParam.h"
 
 namespace {
@@ -70,6 +71,12 @@ uint8_t* BlockBytes(tagBlkUiParam* pBlock) {
 
 void GUIService::SetDialogsAvailable(bool bAvailable) {
     s_bDialogsAvailable.store(bAvailable);
+}
+
+void GUIService::PrepareVerifyDialog() {
+    std::unique_ptr<CConfig> pConfig = MakeDialogConfig();
+    GUIverify dialog(nullptr, pConfig.get());
+    dialog.Rehearse();
 }
 
 GUIService::GUIService(const BlkUiServiceParamTag& blkParam) : m_blkParam(blkParam) {}

@@ -52,6 +52,9 @@ public:
 
     // Whether dialogs can be shown at all (false when the server has no display).
     static void SetDialogsAvailable(bool bAvailable);
+    // Gets the PIN prompt, the dialog clients ask for first and most, ready to be shown: its
+    // window is built once as a request would build it, and a spare of it is kept.
+    static void PrepareVerifyDialog();
 
 private:
     uint32_t RunHeldDialog(uint32_t u4Mode);

@@ -6,6 +6,7 @@
 #include <string.h>
 
 #include <cstdio>
+#include <thread>
 
 #include "GUIService.h"
 #include "MainServer.h"
@@ -37,14 +38,16 @@ void InstallStopSignals() {
 
 // X, GLib and GDK are made thread-safe before anything else: dialogs are built and run on
 // session threads and dialog threads. Without a display the server still serves sessions,
-// but every dialog command answers as a dialog that could not be run.
-void InitGui(int* piArgc, char*** pppArgv) {
+// but every dialog command answers as a dialog that could not be run. True with a display.
+bool InitGui(int* piArgc, char*** pppArgv) {
     XInitThreads();
     g_thread_init(nullptr);
     gdk_threads_init();
     if (!gtk_init_check(piArgc, pppArgv)) {
         GUIService::SetDialogsAvailable(false);
+        return false;
     }
+    return true;
 }
 
 // Exit code of a server that found its main channel served by another live server.
@@ -97,7 +100,7 @@ int main(int argc, char** argv) {
         return 0;
     }
     NY_LOG(LOG_INFO, "start UI server!");
-    InitGui(&argc, &argv);
+    bool bDisplay = InitGui(&argc, &argv);
     NyCommonLibInit();
     InstallStopSignals();
     // Session channels that a killed server of this executable left, and nobody holds, go.
@@ -111,6 +114,10 @@ int main(int argc, char** argv) {
                 szName);
         NyCommonLibRelease();
         return EXIT_CHANNEL_BUSY;
+    }
+    if (bDisplay) {
+        // Off the main thread: the main session is served meanwhile.
+        std::thread(GUIService::PrepareVerifyDialog).detach();
     }
     Serve(szName);
     return static_cast<int>(NyCommonLibRelease());

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
+#include <string>
 
 #include "CConfig.h"
 #include "log/NyLog.h"
@@ -13,6 +15,7 @@
 #include "runtime/NySafe.h"
 #include "ui/GUIImageCache.h"
 #include "ui/GUISecureBuffer.h"
+#include "ui/GUISpareLayout.h"
 #include "uiblock/NyUiParam.h"
 
 GMutex GUIBase::s_GuiMutex;
@@ -91,25 +94,52 @@ unsigned int GUIBase::SetWidgetFont(GtkWidget* pWidget, const char* szFamily, un
         NY_LOG(LOG_ERROR, "GUIBase::SetWidgetFont() param is error");
         return 0;
     }
-    PangoFontDescription* pDesc = pango_font_description_from_string(szFamily);
+    std::shared_ptr<PangoFontDescription> pDesc(pango_font_description_from_string(szFamily),
+                                                pango_font_description_free);
     if (pDesc == nullptr) {
         NY_LOG(LOG_ERROR,
                "GUIBase::SetWidgetFont() call pango_font_description_from_string fault... ");
         return 0;
     }
-    pango_font_description_set_size(pDesc, static_cast<gint>(u4Size) * PANGO_SCALE);
-    gtk_widget_modify_font(pTarget, pDesc);
-    pango_font_description_free(pDesc);
+    pango_font_description_set_size(pDesc.get(), static_cast<gint>(u4Size) * PANGO_SCALE);
+    ApplyFont(pTarget, pDesc.get());
+    NyGuiNoteStep(pWidget, [pDesc, enChild](GtkWidget* pSpare) {
+        GtkWidget* pSpareTarget = enChild == NY_FALSE  ? pSpare
+                                  : GTK_IS_BIN(pSpare) ? gtk_bin_get_child(GTK_BIN(pSpare))
+                                                       : nullptr;
+        if (pSpareTarget != nullptr) {
+            ApplyFont(pSpareTarget, pDesc.get());
+        }
+    });
     return 1;
+}
+
+// A font already in place is left alone: setting it again would lay the widget out anew.
+void GUIBase::ApplyFont(GtkWidget* pWidget, const PangoFontDescription* pDesc) {
+    const GtkRcStyle* pRcStyle = gtk_widget_get_modifier_style(pWidget);
+    if (pRcStyle->font_desc == nullptr ||
+        !pango_font_description_equal(pRcStyle->font_desc, pDesc)) {
+        gtk_widget_modify_font(pWidget, const_cast<PangoFontDescription*>(pDesc));
+    }
 }
 
 unsigned int GUIBase::Set_BG_Color(GtkWidget* pWidget) {
     if (pWidget == nullptr) {
         return 0;
     }
-    GdkColor color = {0, NY_GUI_BG_COMPONENT, NY_GUI_BG_COMPONENT, NY_GUI_BG_COMPONENT};
-    gtk_widget_modify_bg(pWidget, GTK_STATE_NORMAL, &color);
+    ApplyBackground(pWidget);
+    NyGuiNoteStep(pWidget, ApplyBackground);
     return 1;
+}
+
+void GUIBase::ApplyBackground(GtkWidget* pWidget) {
+    static const GdkColor s_color = {0, NY_GUI_BG_COMPONENT, NY_GUI_BG_COMPONENT,
+                                     NY_GUI_BG_COMPONENT};
+    const GtkRcStyle* pRcStyle = gtk_widget_get_modifier_style(pWidget);
+    if ((pRcStyle->color_flags[GTK_STATE_NORMAL] & GTK_RC_BG) == 0 ||
+        !gdk_color_equal(&pRcStyle->bg[GTK_STATE_NORMAL], &s_color)) {
+        gtk_widget_modify_bg(pWidget, GTK_STATE_NORMAL, &s_color);
+    }
 }
 
 void GUIBase::FocusEvent(GdkDrawable* pWindow) {
@@ -194,13 +224,7 @@ void GUIBase::ResourcePath(const char* szDir, const char* szName, char* szPath) 
 GtkBuilder* GUIBase::LoadBuilder(const char* szDir, const char* szGladeName) {
     char szPath[NY_GUI_PATH_SIZE];
     ResourcePath(szDir, szGladeName, szPath);
-    GtkBuilder* pBuilder = gtk_builder_new();
-    GError* pError = nullptr;
-    if (gtk_builder_add_from_file(pBuilder, szPath, &pError) == 0) {
-        g_warning("%s: %s", szPath, pError != nullptr ? pError->message : "not loaded");
-        g_clear_error(&pError);
-    }
-    return pBuilder;
+    return NyGuiTakeLayout(szPath);
 }
 
 GtkWidget* GUIBase::GetWidget(GtkBuilder* pBuilder, const char* szId) {
@@ -249,12 +273,30 @@ void GUIBase::SetWidgetText(CConfig* pConfig, unsigned int u4Id, GtkWidget* pWid
     if (pWidget == nullptr) {
         return;
     }
+    ApplyText(pWidget, szText);
+    NyGuiNoteStep(pWidget, [strText = std::string(szText)](GtkWidget* pSpare) {
+        ApplyText(pSpare, strText.c_str());
+    });
+}
+
+// A text already in place is left alone: setting it again would lay the widget out anew.
+void GUIBase::ApplyText(GtkWidget* pWidget, const char* szText) {
     if (GTK_IS_WINDOW(pWidget)) {
-        gtk_window_set_title(GTK_WINDOW(pWidget), szText);
+        const gchar* szOld = gtk_window_get_title(GTK_WINDOW(pWidget));
+        if (szOld == nullptr || strcmp(szOld, szText) != 0) {
+            gtk_window_set_title(GTK_WINDOW(pWidget), szText);
+        }
     } else if (GTK_IS_BUTTON(pWidget)) {
-        gtk_button_set_label(GTK_BUTTON(pWidget), szText);
+        const gchar* szOld = gtk_button_get_label(GTK_BUTTON(pWidget));
+        if (szOld == nullptr || strcmp(szOld, szText) != 0) {
+            gtk_button_set_label(GTK_BUTTON(pWidget), szText);
+        }
     } else if (GTK_IS_LABEL(pWidget)) {
-        gtk_label_set_text(GTK_LABEL(pWidget), szText);
+        GtkLabel* pLabel = GTK_LABEL(pWidget);
+        if (gtk_label_get_use_markup(pLabel) || gtk_label_get_use_underline(pLabel) ||
+            strcmp(gtk_label_get_label(pLabel), szText) != 0) {
+            gtk_label_set_text(pLabel, szText);
+        }
     }
 }
 
@@ -312,6 +354,7 @@ void GUIBase::ShowAndRun(GtkWidget** ppWindow, GtkWidget* pFocus, GdkWMFunction 
     SetInputFoucs(pFocus);
     guint uWatch = g_timeout_add(NY_GUI_POLL_MS, QuitWhenFinished,
                                  const_cast<std::atomic<uint32_t>*>(pu4Finished));
+    NyGuiPrepareSpareAfterDrawn(*ppWindow);
     gtk_main();
     g_source_remove(uWatch);
 }

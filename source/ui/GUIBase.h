@@ -95,7 +95,8 @@ protected:
     // "<szDir>/res/<szName>" into szPath (NY_GUI_PATH_SIZE bytes).
     static void ResourcePath(const char* szDir, const char* szName, char* szPath);
     // A builder over res/<szGladeName>; a missing or broken file is left to GTK's warnings
-    // (the widgets then come back null).
+    // (the widgets then come back null). Deliberately not loaded here when a spare is ready:
+    // the window was built ahead, hidden, and is handed over (GUISpareLayout.h).
     static GtkBuilder* LoadBuilder(const char* szDir, const char* szGladeName);
     static GtkWidget* GetWidget(GtkBuilder* pBuilder, const char* szId);
     // Puts res/Logo_Long.bmp into an image widget.
@@ -110,6 +111,11 @@ protected:
     // window's title, a button's label or a label's text, by the widget's type.
     static void SetWidgetText(CConfig* pConfig, unsigned int u4Id, GtkWidget* pWidget,
                               unsigned int u4Size = NY_GUI_TEXT_SIZE);
+    // szText as a window's title, a button's label or a label's text, by the widget's type.
+    static void ApplyText(GtkWidget* pWidget, const char* szText);
+    // A font, and the dialogs' background colour, on a widget.
+    static void ApplyFont(GtkWidget* pWidget, const PangoFontDescription* pDesc);
+    static void ApplyBackground(GtkWidget* pWidget);
     // Ties an entry to its caption so that a screen reader announces the entry by it.
     static void SetEntryCaption(GtkWidget* pEntry, GtkWidget* pCaption);
 

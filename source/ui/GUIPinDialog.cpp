@@ -10,6 +10,7 @@
 #include "runtime/NySafe.h"
 #include "ui/GUIEntryFilter.h"
 #include "ui/GUISecureBuffer.h"
+#include "ui/GUISpareLayout.h"
 
 namespace {
 
@@ -44,6 +45,21 @@ unsigned int GUIPinDialog::run() {
     ReleaseGui();
     NY_LOG(LOG_INFO, "%s::run() leave", m_szClassName);
     return NY_OK;
+}
+
+void GUIPinDialog::Rehearse() {
+    char szDir[NY_GUI_PATH_SIZE];
+    if (GetResourceDir(szDir) != NY_OK) {
+        return;
+    }
+    m_bLogDestroy = false;
+    AcquireGui();
+    Build(szDir);
+    if (m_pWindow != nullptr) {
+        gtk_widget_destroy(m_pWindow);
+    }
+    NyGuiPrepareSpareNow();
+    ReleaseGui();
 }
 
 unsigned int GUIPinDialog::stop() {

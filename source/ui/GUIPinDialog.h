@@ -19,6 +19,10 @@ public:
     unsigned int stop() override;
     unsigned int GetResponse(unsigned char* pu1Buf, unsigned int* pu4Len) override;
     unsigned int IsFinished() override;
+    // Builds the dialog's window without showing it and destroys it again, so that a spare
+    // window of its layout, set up as this dialog sets it up, is ready for the next dialog
+    // (GUISpareLayout.h). Takes the GUI lock like run(); logs nothing.
+    void Rehearse();
 
 protected:
     // Copies the request (a null request gives a zeroed block) and marks it cancelled.

@@ -26,6 +26,9 @@ std::string NyTestFocusedWindow();
 // Waits until that window has the input focus and is the window manager's active window (keys
 // for the window manager, such as alt+F4, act on that one).
 bool NyTestWaitFocused(const std::string& strWindow, unsigned int u4TimeoutMs);
+// Closes the window titled that way with the window manager's close key (alt+F4) as a person
+// does: pressed again every 2 s until the window is gone or u4TimeoutMs have passed.
+bool NyTestCloseWindow(const std::string& strTitleRegex, unsigned int u4TimeoutMs);
 
 // Keyboard: text typed through the XTEST extension into whatever has the focus, and key
 // combinations in xdotool's names ("Return", "ctrl+v", "alt+F4"), several separated by spaces.

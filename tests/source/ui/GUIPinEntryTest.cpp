@@ -107,8 +107,10 @@ TEST_F(GUIPinEntryTest, EveryEndButOkAnswersTheRequestUntouched) {
             }
             if (strEnd == "cancel") {
                 ClickButton(NY_TXT_CANCEL);
-            } else {
+            } else if (strEnd == "alt+F4") {
                 EXPECT_TRUE(NyTestWaitFocused(m_strWindow, NY_GUI_TEST_WAIT_MS));
+                EXPECT_TRUE(NyTestCloseWindow("^" + m_strTitle + "$", NY_GUI_TEST_WAIT_MS));
+            } else {
                 NyTestKey(strEnd);
             }
             ExpectUntouched(Finish());

@@ -47,16 +47,21 @@ protected:
         return std::make_unique<CNyTestRun>(vArgs);
     }
     // Waits for the dialog titled strTitle to hold the focus, types vInput into it (xdotool key
-    // names, "type:TEXT" for text), and returns what the program printed after checking its
-    // exit status.
+    // names, "type:TEXT" for text, "close" for the window manager's close), and returns what the
+    // program printed after checking its exit status.
     std::string Answer(CNyTestRun* pRun, const std::string& strTitle,
                        const std::vector<std::string>& vInput, int iExit) {
         std::string strWindow = NyTestWaitWindow("^" + strTitle + "$", NY_WAIT_MS);
         EXPECT_FALSE(strWindow.empty()) << "no window titled " << strTitle;
         EXPECT_TRUE(NyTestWaitFocused(strWindow, NY_WAIT_MS));
         for (const std::string& strInput : vInput) {
-            strInput.compare(0, 5, "type:") == 0 ? NyTestType(strInput.substr(5))
-                                                 : NyTestKey(strInput);
+            if (strInput == "close") {
+                EXPECT_TRUE(NyTestCloseWindow("^" + strTitle + "$", NY_WAIT_MS));
+            } else if (strInput.compare(0, 5, "type:") == 0) {
+                NyTestType(strInput.substr(5));
+            } else {
+                NyTestKey(strInput);
+            }
         }
         EXPECT_EQ(iExit, pRun->Wait(NY_WAIT_MS));
         return pRun->Output();
@@ -140,7 +145,7 @@ TEST_F(UictlDialogCommandTest, EachCommandPrintsWhatItsDialogReturned) {
          "newPinLength: 6\n"},
         {{"change-pin", "--min", "6", "--max", "16"},
          "修改UKey用户密码",
-         {"alt+F4"},
+         {"close"},
          "enRes: 5\nresult: UI_RESULT_CANCEL\noldPin: \noldPinLength: 0\nnewPin: \n"
          "newPinLength: 0\n",
          1,
@@ -148,7 +153,7 @@ TEST_F(UictlDialogCommandTest, EachCommandPrintsWhatItsDialogReturned) {
         // Closed by the user before its stop: the timetable ends with the dialog's answer.
         {{"confirm", "--closable", "--update-after", "20000:EE", "--stop-after", "25000", "--json"},
          "UKey提示信息-OVA ",
-         {"alt+F4"},
+         {"close"},
          "{\"enRes\":5,\"result\":\"UI_RESULT_CANCEL\"}\n",
          1},
     };

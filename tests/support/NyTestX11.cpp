@@ -128,6 +128,16 @@ void NyTestMovePointer(int iX, int iY) {
     Xdotool("mousemove " + std::to_string(iX) + " " + std::to_string(iY));
 }
 
+void NyTestDrag(int iFromX, int iFromY, int iToX, int iToY) {
+    std::string strCommand = "mousemove " + std::to_string(iFromX) + " " + std::to_string(iFromY) +
+                             " mousedown 1 sleep 0.2";
+    for (int i = 1; i <= 4; ++i) {
+        strCommand += " mousemove " + std::to_string(iFromX + (iToX - iFromX) * i / 4) + " " +
+                      std::to_string(iFromY + (iToY - iFromY) * i / 4) + " sleep 0.2";
+    }
+    Xdotool(strCommand + " mouseup 1");
+}
+
 void NyTestClickAt(int iX, int iY, unsigned int u4Button) {
     Xdotool("mousemove " + std::to_string(iX) + " " + std::to_string(iY) + " click " +
             std::to_string(u4Button));

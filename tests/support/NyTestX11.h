@@ -38,6 +38,9 @@ void NyTestKey(const std::string& strKeys);
 void NyTestClickAt(int iX, int iY, unsigned int u4Button = 1);
 // Parks the pointer at screen coordinates.
 void NyTestMovePointer(int iX, int iY);
+// Presses button 1 at one point and releases it at another, moving in steps with pauses, as a
+// person drags.
+void NyTestDrag(int iFromX, int iFromY, int iToX, int iToY);
 // Window geometry on the screen; false when unknown.
 bool NyTestWindowGeometry(const std::string& strWindow, int* piX, int* piY, int* piWidth,
                           int* piHeight);

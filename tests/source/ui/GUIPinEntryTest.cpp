@@ -91,6 +91,21 @@ TEST_F(GUIPinEntryTest, NoPasteRouteReachesAnyPinEntry) {
     }
 }
 
+// Text selected in the label dialog's name entry and dragged onto its PIN entry does not
+// arrive: the PIN typed after it counts one character.
+TEST_F(GUIPinEntryTest, TextDroppedOnAPinEntryDoesNotArrive) {
+    OpenCase(s_aPinDialogs[4]);
+    TypeInto(0x21009A, "77777", NY_ROLE_TEXT);
+    NyTestKey("ctrl+a");
+    BlkTestAccessibleTag name = Entry(0x21009A, NY_ROLE_TEXT);
+    BlkTestAccessibleTag pin = Entry(s_aPinDialogs[4].vCaptions[0]);
+    NyTestDrag(name.iX + 12, name.CentreY(), pin.CentreX(), pin.CentreY());  // on the text
+    NyGuiTestClick(pin);
+    NyTestType("a");
+    EXPECT_TRUE(WaitLabel(Counter(1)));
+    StopAndFinish();
+}
+
 // Cancel, Escape, the window manager's close and stop(), with PINs typed: the request comes
 // back untouched, cancelled.
 TEST_F(GUIPinEntryTest, EveryEndButOkAnswersTheRequestUntouched) {

@@ -352,6 +352,8 @@ void GUIBase::ShowAndRun(GtkWidget** ppWindow, GtkWidget* pFocus, GdkWMFunction 
     gtk_widget_show(*ppWindow);
     gdk_window_set_functions(gtk_widget_get_window(*ppWindow), enFunctions);
     SetInputFoucs(pFocus);
+    // The map request goes out now, not when the main loop first looks at the display.
+    gdk_flush();
     guint uWatch = g_timeout_add(NY_GUI_POLL_MS, QuitWhenFinished,
                                  const_cast<std::atomic<uint32_t>*>(pu4Finished));
     NyGuiPrepareSpareAfterDrawn(*ppWindow);

@@ -61,9 +61,10 @@ std::string NyTestWaitWindow(const std::string& strTitleRegex, unsigned int u4Ti
     // What the display shows instead, for the failure's reader.
     fprintf(stderr, "%zu windows match %s; windows with a name: %s\n", v.size(),
             strTitleRegex.c_str(),
-            NyTestShell("for w in $(xdotool search --name .); do printf '%s \"%s\" (%s) ' $w "
+            NyTestShell("for w in $(xdotool search --name .); do printf '%s \"%s\" (%s; %s) ' $w "
                         "\"$(xdotool getwindowname $w)\" \"$(xwininfo -id $w | grep -o "
-                        "'Is[A-Za-z]*')\"; done; printf '; openbox running: '; pgrep -c openbox")
+                        "'Is[A-Za-z]*')\" \"$(xprop -id $w WM_STATE | head -n 2 | tr -d '\\n')\"; "
+                        "done; printf '; openbox running: '; pgrep -c openbox")
                 .c_str());
     return "";
 }

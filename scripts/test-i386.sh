@@ -108,8 +108,10 @@ prepare() {
 
 run_suite() {
     [[ -f "$dir/.ny-packages" ]] || die "no prepared root in $dir"
-    # A copy of the sources (the root lives inside the work tree: no mount may loop back).
-    rm -rf "$dir/src"
+    # A copy of the sources (the root lives inside the work tree: no mount may loop back), built
+    # afresh: the copy keeps the sources' times, so a build left from other sources could look
+    # newer than them.
+    rm -rf "$dir/src" "$dir/build"
     mkdir -p "$dir/src"
     tar -C "$root" --exclude='./build*' --exclude=./.git -c . | tar -C "$dir/src" -x
     mount_all

@@ -229,7 +229,9 @@ TEST_F(GUIPinEntryTest, TypedPinLivesOnlyInLockedMemoryLeftOutOfCoreDumps) {
         if (!m.bReadable || m.uEnd - m.uStart > (size_t(1) << 30)) {
             continue;
         }
-        for (uintptr_t uAt = m.uStart; uAt < m.uEnd; uAt += cbChunk) {
+        // Stepped by offset: on 32-bit x86 the stack's address plus a chunk can pass 4 GiB.
+        for (uintptr_t uOfs = 0; uOfs < m.uEnd - m.uStart; uOfs += cbChunk) {
+            const uintptr_t uAt = m.uStart + uOfs;
             size_t cbWant = std::min<size_t>(cbChunk + cchPin - 1, m.uEnd - uAt);
             ssize_t nRead = pread(fdMem, vBytes.data(), cbWant, static_cast<off_t>(uAt));
             for (ssize_t i = 0; i + static_cast<ssize_t>(cchPin) <= nRead; ++i) {

@@ -18,6 +18,7 @@
 #include <string>
 
 #include "CNyStrictClient.h"
+#include "CNyStrictServer.h"
 #include "CNyUiClient.h"
 #include "NyUiServerProcess.h"
 #include "runtime/NyResult.h"
@@ -141,31 +142,6 @@ void BM_UiServerVerifyRequestToMap(benchmark::State& state) {
     client.CloseSession();
 }
 
-// A server of its own (a separate process), reached through its main channel by a client that
-// takes every step of the channel's client side.
-struct BlkStrictServerTag {
-    std::string strMain = NyUiFreshMainName();
-    pid_t pid = -1;
-    CNyStrictClient main;
-    bool Start() {
-        uint32_t u4Error = 0;
-        pid = NyUiServerSpawn(NyUiServerPathBesideSelf().c_str(), strMain.c_str(), false, &u4Error);
-        for (int i = 0; pid > 0 && i < 500; ++i) {
-            if (main.Open(strMain) == NY_OK && main.Connect(NY_BENCH_CONNECT_MS) == NY_OK) {
-                return true;
-            }
-            usleep(10000);
-        }
-        return false;
-    }
-    ~BlkStrictServerTag() {
-        main.Close();
-        if (pid > 0) {
-            NyUiServerStop(pid, 5000);
-        }
-    }
-};
-
 // A main-session request of type u4Type for interaction u4Id; the session's name into pstrName.
 uint32_t MainRequest(CNyStrictClient* pMain, uint32_t u4Type, uint32_t u4Id,
                      std::string* pstrName) {
@@ -188,8 +164,8 @@ uint32_t MainRequest(CNyStrictClient* pMain, uint32_t u4Type, uint32_t u4Id,
 void BM_StrictClientStartToMap(benchmark::State& state) {
     Display();
     CMapWatch watch;
-    BlkStrictServerTag server;
-    if (!watch.Open() || !server.Start()) {
+    CNyStrictServer server;
+    if (!watch.Open() || !server.Start(NyUiServerPathBesideSelf(), NY_BENCH_CONNECT_MS)) {
         state.SkipWithError("no display or no server");
         return;
     }

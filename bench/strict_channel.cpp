@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "CNyStrictClient.h"
+#include "CNyStrictServer.h"
 #include "NyUiServerProcess.h"
 #include "comm/BlkShmCommHeader.h"
 #include "ipc/NyIpcName.h"
@@ -54,30 +55,6 @@ void Percentiles(benchmark::State& state, std::vector<double> v) {
     state.counters["max_us"] = v.back();
 }
 
-// A server under a fresh name, ready once its main channel answers a connect.
-struct ServerUnderTest {
-    std::string strMain = NyUiFreshMainName();
-    pid_t pid = -1;
-    CNyStrictClient main;
-    bool Start() {
-        uint32_t u4Error = 0;
-        pid = NyUiServerSpawn(g_strServer.c_str(), strMain.c_str(), false, &u4Error);
-        for (int i = 0; pid > 0 && i < 500; ++i) {
-            if (main.Open(strMain) == NY_OK && main.Connect(CONNECT_MS) == NY_OK) {
-                return true;
-            }
-            usleep(10000);
-        }
-        return false;
-    }
-    ~ServerUnderTest() {
-        main.Close();
-        if (pid > 0) {
-            NyUiServerStop(pid, 5000);
-        }
-    }
-};
-
 uint32_t StartSession(CNyStrictClient* pMain, uint32_t u4Id, std::string* pstrName) {
     BlkMainSessionRequestTag blkReq = {};
     blkReq.u4ReqType = MAIN_REQ_START_SESSION;
@@ -93,9 +70,10 @@ uint32_t StartSession(CNyStrictClient* pMain, uint32_t u4Id, std::string* pstrNa
 }
 
 // Starts the server, a session on it and connects pSession to that session.
-bool StartAndConnectSession(ServerUnderTest* pServer, CNyStrictClient* pSession) {
+bool StartAndConnectSession(CNyStrictServer* pServer, CNyStrictClient* pSession) {
     std::string strSession;
-    return pServer->Start() && StartSession(&pServer->main, 1, &strSession) == NY_OK &&
+    return pServer->Start(g_strServer, CONNECT_MS) &&
+           StartSession(&pServer->main, 1, &strSession) == NY_OK &&
            pSession->Open(strSession) == NY_OK && pSession->Connect(CONNECT_MS) == NY_OK;
 }
 
@@ -115,8 +93,8 @@ void TimeRequests(benchmark::State& state, CNyStrictClient* pClient, TReq blkReq
 }
 
 void BM_MainRoundTrip(benchmark::State& state) {
-    ServerUnderTest server;
-    if (!server.Start()) {
+    CNyStrictServer server;
+    if (!server.Start(g_strServer, CONNECT_MS)) {
         state.SkipWithError("the server did not start");
         return;
     }
@@ -127,7 +105,7 @@ void BM_MainRoundTrip(benchmark::State& state) {
 BENCHMARK(BM_MainRoundTrip)->Iterations(1000)->Unit(benchmark::kMicrosecond);
 
 void BM_SessionStatusPoll(benchmark::State& state) {
-    ServerUnderTest server;
+    CNyStrictServer server;
     CNyStrictClient session;
     if (!StartAndConnectSession(&server, &session)) {
         state.SkipWithError("no session");
@@ -143,7 +121,7 @@ BENCHMARK(BM_SessionStatusPoll)->Iterations(1000)->Unit(benchmark::kMicrosecond)
 // How long an answer stays readable in the session's region after its client has read it and
 // released the channel (the server wipes it then).
 void BM_AnswerReadableAfterRequest(benchmark::State& state) {
-    ServerUnderTest server;
+    CNyStrictServer server;
     CNyStrictClient session;
     if (!StartAndConnectSession(&server, &session)) {
         state.SkipWithError("no session");
@@ -172,8 +150,8 @@ BENCHMARK(BM_AnswerReadableAfterRequest)->Iterations(200)->Unit(benchmark::kMicr
 
 // From the start answer to a connected session channel.
 void BM_FirstConnectToNewSession(benchmark::State& state) {
-    ServerUnderTest server;
-    if (!server.Start()) {
+    CNyStrictServer server;
+    if (!server.Start(g_strServer, CONNECT_MS)) {
         state.SkipWithError("the server did not start");
         return;
     }
@@ -225,8 +203,8 @@ int StormChild(const std::string& strMain, int iGoFd, int iResultFd) {
 }
 
 void BM_ConnectStorm100(benchmark::State& state) {
-    ServerUnderTest server;
-    if (!server.Start()) {
+    CNyStrictServer server;
+    if (!server.Start(g_strServer, CONNECT_MS)) {
         state.SkipWithError("the server did not start");
         return;
     }
@@ -377,8 +355,8 @@ void BM_MainChannelOutage(benchmark::State& state) {
     std::vector<double> vMicros;
     std::vector<double> vRecords;
     for (auto _ : state) {
-        ServerUnderTest server;
-        if (!counter.Ok() || !server.Start()) {
+        CNyStrictServer server;
+        if (!counter.Ok() || !server.Start(g_strServer, CONNECT_MS)) {
             state.SkipWithError("no server or no log ring");
             return;
         }
@@ -408,8 +386,8 @@ BENCHMARK(BM_MainChannelOutage)->Arg(0)->Arg(1)->Iterations(10)->Unit(benchmark:
 void BM_TakeoverOfKilledServer(benchmark::State& state) {
     std::vector<double> vMicros;
     for (auto _ : state) {
-        ServerUnderTest server;
-        if (!server.Start()) {
+        CNyStrictServer server;
+        if (!server.Start(g_strServer, CONNECT_MS)) {
             state.SkipWithError("the server did not start");
             return;
         }

@@ -18,35 +18,9 @@ export LC_ALL=C.UTF-8
 root=$(cd "$(dirname "$0")/.." && pwd)
 bin=${1:-$root/build/bin}
 pin='Qz7Kw3Xv9Pm2'
-work=$(mktemp -d)
-pids=()
-cleanup() {
-    for pid in "${pids[@]}"; do
-        kill "$pid" 2>/dev/null || true
-    done
-    wait 2>/dev/null || true
-    rm -rf "$work"
-}
-trap cleanup EXIT
-
-wait_for() {
-    local seconds=$1
-    shift
-    for ((i = 0; i < seconds * 10; i++)); do
-        "$@" >/dev/null 2>&1 && return 0
-        sleep 0.1
-    done
-    echo "core-check: gave up waiting for: $*" >&2
-    return 1
-}
-
-Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
-pids+=($!)
-wait_for 10 test -s "$work/display"
-export DISPLAY=":$(head -n1 "$work/display")"
-openbox --sm-disable >/dev/null 2>&1 &
-pids+=($!)
-wait_for 10 sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+# shellcheck source=scripts/private-display.sh
+source "$root/scripts/private-display.sh"
+start_private_display
 
 main="core-check-$$"
 "$bin/ukey-uiserver" "$main" >/dev/null 2>&1 &
@@ -57,8 +31,7 @@ wait_for 10 "$bin/ukey-uictl" raw --main "$main" --cmd 3
 "$bin/ukey-uictl" verify --main "$main" --min 4 --max 16 >"$work/answer" 2>&1 &
 uictl=$!
 pids+=($uictl)
-window=$(timeout 30 xdotool search --sync --onlyvisible --classname '^ukey-uiserver$' | tail -n1 || true)
-[[ -n "$window" ]] || { echo "core-check: the dialog did not appear" >&2; cat "$work/answer" >&2; exit 1; }
+window=$(dialog_window "$work/answer")
 sleep 0.5 # the dialog takes the keyboard once mapped
 xdotool type --delay 40 "$pin"
 sleep 0.5

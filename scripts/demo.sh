@@ -20,44 +20,15 @@ if [[ -n "${DISPLAY:-}" ]] && xdpyinfo >/dev/null 2>&1; then
     exec "$bin/ukey-uictl" "${request[@]}"
 fi
 
-work=$(mktemp -d)
-pids=()
-cleanup() {
-    for pid in "${pids[@]}"; do
-        kill "$pid" 2>/dev/null || true
-    done
-    wait 2>/dev/null || true
-    rm -rf "$work"
-}
-trap cleanup EXIT
-
-# Waits up to $1 seconds for the command after it to succeed.
-wait_for() {
-    local seconds=$1
-    shift
-    for ((i = 0; i < seconds * 10; i++)); do
-        "$@" >/dev/null 2>&1 && return 0
-        sleep 0.1
-    done
-    echo "demo: gave up waiting for: $*" >&2
-    return 1
-}
-
+# shellcheck source=scripts/private-display.sh
+source "$root/scripts/private-display.sh"
 echo "demo: no display; starting a private Xvfb with openbox"
-Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>/dev/null &
-pids+=($!)
-wait_for 10 test -s "$work/display"
-export DISPLAY=":$(head -n1 "$work/display")"
-openbox --sm-disable >/dev/null 2>&1 &
-pids+=($!)
-wait_for 10 sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"'
+start_private_display
 
 "$bin/ukey-uictl" "${request[@]}" >"$work/answer" 2>&1 &
 uictl=$!
 pids+=($uictl)
-# The server's window, by its class (the title is in the product language).
-window=$(timeout 30 xdotool search --sync --onlyvisible --classname '^ukey-uiserver$' | tail -n1)
-[[ -n "$window" ]] || { echo "demo: the dialog did not appear" >&2; cat "$work/answer" >&2; exit 1; }
+window=$(dialog_window "$work/answer")
 sleep 0.5  # the dialog takes the keyboard once mapped
 xdotool type --delay 40 'abc123'
 # The dialog with its title bar: the client's place widened by the window manager's frame.

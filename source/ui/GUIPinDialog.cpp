@@ -57,6 +57,7 @@ void GUIPinDialog::Rehearse() {
     Build(szDir);
     if (m_pWindow != nullptr) {
         gtk_widget_destroy(m_pWindow);
+        m_pWindow = nullptr;
     }
     NyGuiPrepareSpareNow();
     ReleaseGui();

@@ -74,10 +74,15 @@ int OpenSessionsAndWait(const std::string& strMainName, int fdWrite, uint32_t u4
 int OwnSessionRounds(const std::string& strMainName, uint32_t u4Id, uint32_t u4Rounds) {
     CNyUiClient client;
     BlkMainSessionResponseTag blkResp = {};
-    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK ||
-        client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK ||
-        blkResp.uInteractionID != u4Id || blkResp.u4Status != MAIN_STATUS_DONE) {
+    // Exit 1: no connect; 4: no answer; 5: another client's answer; 6: refused.
+    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK) {
         return 1;
+    }
+    if (client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK) {
+        return 4;
+    }
+    if (blkResp.uInteractionID != u4Id || blkResp.u4Status != MAIN_STATUS_DONE) {
+        return blkResp.uInteractionID != u4Id ? 5 : 6;
     }
     if (u4Rounds > 0 && client.OpenSession(u4Id) != NY_OK) {
         return 2;

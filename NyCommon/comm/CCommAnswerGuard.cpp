@@ -75,6 +75,12 @@ void CCommAnswerGuard::Answered(const BlkShmCommHeaderTag& blkAnswer) {
     m_bWipePending.store(bAnswersRequest && blkAnswer.u4DataLen != 0 && MutexHeldElsewhere());
 }
 
+// An answer waits to be wiped until its client, which holds the channel mutex, has taken it.
+bool CCommAnswerGuard::HoldsUntakenAnswer(const BlkShmCommHeaderTag& blkHeader) {
+    std::lock_guard<std::mutex> lock(m_mtx);
+    return m_bWipePending.load() && memcmp(&blkHeader, &m_blkAnswer, sizeof(blkHeader)) == 0;
+}
+
 // The client holds the channel mutex from before its request until it has read the answer, so
 // holding it here means the answer has been taken (or its client died).
 // Holding the channel mutex keeps every client from writing, so the region lock is not taken:

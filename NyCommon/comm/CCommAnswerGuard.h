@@ -32,6 +32,8 @@ public:
     // False when a request was taken and the region no longer holds it.
     bool StillHoldsRequest();
     void Answered(const BlkShmCommHeaderTag& blkAnswer);
+    // Whether the region's header is still this answer and its client has not taken it yet.
+    bool HoldsUntakenAnswer(const BlkShmCommHeaderTag& blkHeader);
     bool WipePending() const { return m_bWipePending.load(); }
     // One quiet attempt at the channel mutex; with it, wipes the answer if it is still there.
     void TryWipe();

@@ -457,14 +457,20 @@ uint32_t CNyShmCommunication::Listen(NY_COMM_HANDLE hSession, void* pBuffer, uin
         return u4Result;
     }
     NyEventReset(blkInfo.hEventRequest);
-    return TakeRequest(blkInfo, pBuffer, pu4Length);
+    bool bSignalAgain = false;
+    u4Result = TakeRequest(blkInfo, pBuffer, pu4Length, &bSignalAgain);
+    if (bSignalAgain) {
+        NyEventSet(blkInfo.hEventResponse);
+        NyEventSet(blkInfo.hEventConnected);
+    }
+    return u4Result;
 }
 
 // Only what a client wrote is served: a region that holds anything else (our own answer read
 // back, a request cut short, a stray set of the event) is dropped with one log line and never
 // answered; the caller sees it as a listen that found nothing.
 uint32_t CNyShmCommunication::TakeRequest(const BlkCommShmInfoTag& blkInfo, void* pBuffer,
-                                          uint32_t* pu4Length) {
+                                          uint32_t* pu4Length, bool* pbSignalAgain) {
     CRegionLock lock(blkInfo.hShareMem);
     BlkShmCommHeaderTag blkHeader = {};
     uint32_t u4Size = 0;
@@ -481,6 +487,16 @@ uint32_t CNyShmCommunication::TakeRequest(const BlkCommShmInfoTag& blkInfo, void
     if (blkHeader.u4Direction != COMM_DIRECTION_REQUEST ||
         blkHeader.u4Command != COMM_COMMAND_REQUEST ||
         static_cast<uint64_t>(blkHeader.u4DataLen) + COMM_HEADER_SIZE > u4Size) {
+        // Our answer, untaken, and a set of the event after it: a set that a killed client left
+        // woke us before the next client's own set, so we read and answered its request before
+        // that client reset the response event. That reset cleared the answer's signal; without
+        // a second one the client would wait for it as long as we beat.
+        if (blkInfo.pAnswerGuard != nullptr &&
+            blkInfo.pAnswerGuard->HoldsUntakenAnswer(blkHeader)) {
+            NY_LOG(LOG_INFO, "CNyShmCommunication::Listen()->answer not taken, signalled again");
+            *pbSignalAgain = true;
+            return static_cast<uint32_t>(EAGAIN);
+        }
         NY_LOG(LOG_INFO,
                "CNyShmCommunication::Listen()->not a request, dropped: direction %u, command %u, "
                "length %u",

@@ -75,7 +75,7 @@ private:
     static uint32_t WaitForAnswer(const BlkCommShmInfoTag& blkInfo);
     static bool ReadFileIds(const char* szName, uint64_t (&au8Ids)[4]);
     static uint32_t TakeRequest(const BlkCommShmInfoTag& blkInfo, void* pBuffer,
-                                uint32_t* pu4Length);
+                                uint32_t* pu4Length, bool* pbSignalAgain);
     static uint32_t WaitForHeartBeat(const BlkCommShmInfoTag& blkInfo, uint32_t u4TimeoutMs);
     static uint32_t InnerNotify(const BlkCommShmInfoTag& blkInfo,
                                 const BlkCommNotifyDataTag& blkNotify);

@@ -1,6 +1,7 @@
 // The channel between real processes (a forked child plays the server or the client), and the
 // server's side of one region: canned answers, what Listen refuses to serve, which answers are
 // written, and the wipe of an answer once its client has taken it.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -335,6 +336,50 @@ TEST_F(ServerFixture, AnswerToARequestThatAnotherClientReplacedIsNotWritten) {
     EXPECT_EQ(u4Data, 2u);
     EXPECT_EQ(Notify(0xAAAA), 0u);
     EXPECT_EQ(Header().u4Direction, COMM_DIRECTION_ANSWER);
+}
+
+// A set of the request event that a killed client left wakes the server before the next
+// client's own set: its request is read and answered before that client resets the response
+// event. The client's set that follows gets the answer signalled again.
+TEST_F(ServerFixture, AnswerReadBeforeItsClientsOwnSetIsSignalledAgain) {
+    int afdAnswered[2];
+    int afdDone[2];
+    ASSERT_EQ(0, pipe(afdAnswered));
+    ASSERT_EQ(0, pipe2(afdDone, O_NONBLOCK));
+    pid_t pidClient = Child([&] {
+        NY_MUTEX_HANDLE hMutex = nullptr;
+        NY_EVENT_HANDLE hRequest = nullptr;
+        NY_EVENT_HANDLE hResponse = nullptr;
+        char c = 0;
+        if (NyMutexCreate((m_strName + "_Mutex_Communication").c_str(), &hMutex) != 0 ||
+            NyMutexWait(hMutex, NY_WAIT_INFINITE) != 0 ||
+            NyEventCreate((m_strName + "_Event_Request").c_str(), &hRequest) != 0 ||
+            NyEventCreate((m_strName + "_Event_Response").c_str(), &hResponse) != 0) {
+            return 1;
+        }
+        Write(RequestHeader(0, COMM_COMMAND_REQUEST, 4), 1);  // its set stands for the killed one's
+        if (read(afdAnswered[0], &c, 1) != 1) {
+            return 2;
+        }
+        NyEventReset(hResponse);
+        NyEventSet(hRequest);
+        int iExit = NyEventWait(hResponse, 2000) == 0 ? 0 : 3;
+        return write(afdDone[1], "d", 1) == 1 ? iExit : 4;
+    });
+    uint32_t u4Data = 0;
+    for (int i = 0; i < 100 && Listen(&u4Data) != 0; ++i) {
+    }
+    EXPECT_EQ(u4Data, 1u);
+    EXPECT_EQ(Notify(0xAAAA), 0u);
+    EXPECT_EQ(1, write(afdAnswered[1], "a", 1));
+    char c = 0;
+    for (int i = 0; i < 250 && read(afdDone[0], &c, 1) != 1; ++i) {
+        EXPECT_NE(Listen(&u4Data), 0u) << "an answer served as a request";
+    }
+    EXPECT_EQ(Reap(pidClient), 0);
+    for (int fd : {afdAnswered[0], afdAnswered[1], afdDone[0], afdDone[1]}) {
+        close(fd);
+    }
 }
 
 // The client is another process: the server sees its hold of the channel mutex.

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -75,7 +76,8 @@ int OwnSessionRounds(const std::string& strMainName, uint32_t u4Id, uint32_t u4R
     CNyUiClient client;
     BlkMainSessionResponseTag blkResp = {};
     // Exit 1: no connect; 4: no answer; 5: another client's answer; 6: refused.
-    if (client.JoinServer(strMainName.c_str(), 500) != NY_OK) {
+    if (uint32_t u4Join = client.JoinServer(strMainName.c_str(), 500); u4Join != NY_OK) {
+        fprintf(stderr, "client %d: connect failed, %08x\n", static_cast<int>(getpid()), u4Join);
         return 1;
     }
     if (client.MainRequest(MAIN_REQ_START_SESSION, u4Id, getpid(), &blkResp) != NY_OK) {

@@ -111,7 +111,7 @@ void CloseMainSessionLocked() {
 }
 
 // Connects to the main session as a client would (within this process that asks the channel's
-// heartbeat thread, which fails once its event sets are gone), and looks at the channel's
+// heartbeat, which fails once its event sets are gone), and looks at the channel's
 // objects themselves: files that were removed, or replaced, leave a channel that no new client
 // can reach although this process still serves its own copy.
 bool ProbeMainSession(const BlkCommInitParamTag& blkInit) {

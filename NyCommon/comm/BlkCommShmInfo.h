@@ -17,7 +17,7 @@ struct BlkCommShmInfoTag {
     char szName[COMM_NAME_SIZE];
     NY_EVENT_HANDLE hEventConnected;
     EnBool bIsServer;                // NY_TRUE in the process that created the channel
-    CCommHeartBeat* pHeartBeat;      // the heartbeat thread; server side only, else null
+    CCommHeartBeat* pHeartBeat;      // the channel's beats; server side only, else null
     CCommAnswerGuard* pAnswerGuard;  // server side only, else null
     uint64_t au8FileIds[4];          // server side: device and inode of the region and mutex files
 };

@@ -9,6 +9,7 @@
 
 #include "ipc/NyMutex.h"
 #include "ipc/NyShareMem.h"
+#include "os/NyOs.h"
 #include "runtime/NyResult.h"
 #include "runtime/NySafe.h"
 
@@ -20,8 +21,8 @@ CCommAnswerGuard::CCommAnswerGuard(NY_SHM_HANDLE hShm, NY_MUTEX_HANDLE hMutex,
       m_blkAnswer(),
       m_bWipePending(false) {}
 
-// Closing a descriptor drops this process's record locks on the file: the heartbeat thread,
-// the only one here that takes the mutex, has ended before the guard goes.
+// Closing a descriptor drops this process's record locks on the file: the beats, the only ones
+// here that take the mutex besides the closing wait, have stopped before the guard goes.
 CCommAnswerGuard::~CCommAnswerGuard() {
     ForgetRequest();
     if (m_iMutexFd >= 0) {
@@ -84,7 +85,7 @@ bool CCommAnswerGuard::HoldsUntakenAnswer(const BlkShmCommHeaderTag& blkHeader) 
 // The client holds the channel mutex from before its request until it has read the answer, so
 // holding it here means the answer has been taken (or its client died).
 // Holding the channel mutex keeps every client from writing, so the region lock is not taken:
-// a process that keeps taking it cannot stall the heartbeat thread that runs this.
+// a process that keeps taking it cannot stall the beater thread that runs this.
 void CCommAnswerGuard::TryWipe() {
     // A look first: a failed attempt at the lock pauses for a millisecond.
     if (MutexHeldElsewhere() || NyMutexTryWait(m_hMutex) != NY_OK) {
@@ -100,6 +101,15 @@ void CCommAnswerGuard::TryWipe() {
         m_bWipePending.store(false);
     }
     NyMutexRelease(m_hMutex);
+}
+
+void CCommAnswerGuard::WaitUntilTaken(uint32_t u4MaxMs) {
+    for (uint32_t u4Waited = 0; m_bWipePending.load() && u4Waited < u4MaxMs; ++u4Waited) {
+        TryWipe();
+        if (m_bWipePending.load()) {
+            NyOsSleep(1);
+        }
+    }
 }
 
 // The closing server no longer answers anything: the data area goes, without waiting for the

@@ -9,7 +9,7 @@
 //   nobody holds the mutex is left alone: a client that gave up its request may still wait for
 //   it as a notification, without the mutex.
 // The serving thread calls RequestTaken/StillHoldsRequest/Answered, holding the region lock;
-// the heartbeat thread calls TryWipe.
+// the beater thread calls TryWipe (and a closing channel's WaitUntilTaken).
 #pragma once
 
 #include <atomic>
@@ -37,6 +37,9 @@ public:
     bool WipePending() const { return m_bWipePending.load(); }
     // One quiet attempt at the channel mutex; with it, wipes the answer if it is still there.
     void TryWipe();
+    // While the last answer waits for its client, up to u4MaxMs: the channel is closing, and
+    // its wipe should not take the answer from a client that is about to read it.
+    void WaitUntilTaken(uint32_t u4MaxMs);
     // Zeroes the data area (the channel is closing).
     void WipeRegion();
 

@@ -1,22 +1,18 @@
 #include "comm/CCommHeartBeat.h"
 
-#include <pthread.h>
-
+#include <algorithm>
 #include <chrono>
 
 #include "comm/CCommAnswerGuard.h"
+#include "comm/CCommBeater.h"
 #include "comm/NyCommunication.h"
 #include "ipc/NyEvent.h"
 #include "os/NyOs.h"
+#include "runtime/NyResult.h"
 
 namespace {
 
-// The thread's time slice: a beat is a few microseconds of work, and a beat or answer wipe that
-// waits behind another thread's slice on a busy machine comes milliseconds late.
-constexpr uint32_t HEARTBEAT_SLICE_US = 100;
-// How long Stop() waits for the thread to notice the request before NyThreadEnd takes over.
-constexpr uint32_t HEARTBEAT_STOP_POLLS = 100;
-// A beat older than this no longer counts as the thread's own sign of life by itself.
+// A beat older than this no longer counts as the channel's own sign of life by itself.
 constexpr uint64_t HEARTBEAT_STALE_MS = 100;
 
 }  // namespace
@@ -24,9 +20,9 @@ constexpr uint64_t HEARTBEAT_STALE_MS = 100;
 CCommHeartBeat::CCommHeartBeat(NY_EVENT_HANDLE hConnected, CCommAnswerGuard* pGuard)
     : m_hConnected(hConnected),
       m_pGuard(pGuard),
-      m_hThread(nullptr),
-      m_u4Stop(0),
-      m_u4Left(0),
+      m_bAdded(false),
+      m_bBeaten(false),
+      m_u8NextBeatUs(0),
       m_u8FastUntil(0),
       m_u8FreshUntil(0),
       m_u8LastBeat(0),
@@ -36,45 +32,53 @@ CCommHeartBeat::~CCommHeartBeat() {
     Stop();
 }
 
+uint64_t CCommHeartBeat::NowUs() {
+    return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(
+                                     std::chrono::steady_clock::now().time_since_epoch())
+                                     .count());
+}
+
+// The first beat is due at once.
 uint32_t CCommHeartBeat::Start() {
-    m_u4Stop = 0;
-    m_u4Left = 0;
+    Stop();
     m_u8LastBeat = NyOsGetTickCount64();
     m_u8FastUntil = 0;
     m_u8FreshUntil = NyOsGetTickCount64() + COMM_HEARTBEAT_FRESH_FAST_MS;
-    return NyThreadBegin(&CCommHeartBeat::SessionHeartBeatThreadProc, this, &m_hThread);
+    m_u8NextBeatUs = NowUs();
+    m_bBeaten = true;
+    m_bAdded = CCommBeater::Instance().Add(this);
+    if (!m_bAdded) {
+        m_bBeaten = false;
+        return NY_ERR_UNEXPECTED;
+    }
+    return NY_OK;
 }
 
 void CCommHeartBeat::Stop() {
-    if (m_hThread == nullptr) {
-        return;
+    if (m_bAdded) {
+        CCommBeater::Instance().Remove(this);
+        m_bAdded = false;
     }
-    {
-        std::lock_guard<std::mutex> lock(m_mtxWake);
-        m_u4Stop = 1;
-    }
-    m_cvWake.notify_all();
-    for (uint32_t u4Poll = 0; u4Poll < HEARTBEAT_STOP_POLLS && m_u4Left == 0; ++u4Poll) {
-        NyOsSleep(1);
-    }
-    // A moment for the thread to get from its last statement to its end, so that NyThreadEnd
-    // finds it ended at its first look instead of after its 100 ms pause.
-    NyOsSleep(1);
-    NyThreadEnd(m_hThread);
-    m_hThread = nullptr;
+    m_bBeaten = false;
 }
 
-// A thread already beating fast wakes within a millisecond anyway: it is not woken (in a storm
-// every answer would otherwise cost a wake of the heartbeat thread beside the client's).
-void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
-    uint64_t u8Now = NyOsGetTickCount64();
-    uint64_t u8Until = u8Now + u4FastMs;
-    uint64_t u8Was = m_u8FastUntil.load();
-    if (u8Was < u8Until) {
+bool CCommHeartBeat::FastFor(uint32_t u4FastMs) {
+    uint64_t u8Until = NyOsGetTickCount64() + u4FastMs;
+    if (m_u8FastUntil.load() < u8Until) {
         m_u8FastUntil.store(u8Until);
     }
-    if (u8Was <= u8Now && u8Now >= m_u8FreshUntil.load()) {
-        m_cvWake.notify_all();
+    uint64_t u8Soon = NowUs() + COMM_HEARTBEAT_FAST_PERIOD_MS * 1000;
+    uint64_t u8Planned = m_u8NextBeatUs.load();
+    while (u8Planned > u8Soon && !m_u8NextBeatUs.compare_exchange_weak(u8Planned, u8Soon)) {
+    }
+    return u8Planned > u8Soon;
+}
+
+// A channel whose next beat is due within a millisecond anyway does not wake the beater (in a
+// storm every answer would otherwise cost a wake beside the client's).
+void CCommHeartBeat::BeatFast(uint32_t u4FastMs) {
+    if (FastFor(u4FastMs) && m_bBeaten.load()) {
+        CCommBeater::Instance().Wake();
     }
 }
 
@@ -86,12 +90,13 @@ bool CCommHeartBeat::SetPeriod(uint32_t u4PeriodMs) {
     return true;
 }
 
-// A thread that has not beaten lately (a loaded machine may leave it unscheduled for longer
-// than its period) is given the waiter's time for its next beat, as a client would give it.
+// A channel that has not beaten lately (a loaded machine may leave the beater unscheduled for
+// longer than its period) is given the waiter's time for its next beat, as a client would give
+// it.
 bool CCommHeartBeat::IsBeating(uint32_t u4WaitMs) const {
     uint64_t u8Until = NyOsGetTickCount64() + u4WaitMs;
     for (;;) {
-        if (m_hThread == nullptr || m_u4Left.load() != 0) {
+        if (!m_bBeaten.load()) {
             return false;
         }
         uint64_t u8Now = NyOsGetTickCount64();
@@ -122,36 +127,36 @@ void CCommHeartBeat::Beaten(uint32_t u4Waiting) {
         m_u8FreshUntil.store(0);
     }
     if (u4Waiting > 1) {
-        BeatFast(COMM_HEARTBEAT_ANSWER_FAST_MS);
-    }
-}
-
-void CCommHeartBeat::Pause(uint32_t u4Ms) {
-    std::unique_lock<std::mutex> lock(m_mtxWake);
-    if (m_u4Stop == 0) {
-        m_cvWake.wait_for(lock, std::chrono::milliseconds(u4Ms));
+        FastFor(COMM_HEARTBEAT_ANSWER_FAST_MS);
     }
 }
 
 // A set releases one waiter; a beat here releases every client waiting for it (a connect
 // storm would otherwise get one client through per beat).
-void* CCommHeartBeat::SessionHeartBeatThreadProc(void* pvArg) {
-    CCommHeartBeat* pThis = static_cast<CCommHeartBeat*>(pvArg);
-    NyThreadPreferShortSlice(HEARTBEAT_SLICE_US);
-    uint32_t u4Result = 0;
-    while (pThis->m_u4Stop == 0) {
-        uint32_t u4Waiting = 0;
-        u4Result = NyEventSetForWaiters(pThis->m_hConnected, COMM_HEARTBEAT_MAX_WAKES, &u4Waiting);
-        if (u4Result != 0) {
-            break;
-        }
-        pThis->Beaten(u4Waiting);
-        if (pThis->m_pGuard != nullptr && pThis->m_pGuard->WipePending()) {
-            pThis->m_pGuard->TryWipe();
-        }
-        pthread_testcancel();
-        pThis->Pause(pThis->NextPeriodMs());
+uint64_t CCommHeartBeat::BeatIfDue(uint64_t u8NowUs, uint64_t u8EarlyUs) {
+    uint64_t u8Due = m_u8NextBeatUs.load();
+    // Only a channel at its slow period beats early: a fast one would beat at every pass.
+    if (NextPeriodMs() == COMM_HEARTBEAT_FAST_PERIOD_MS) {
+        u8EarlyUs = 0;
     }
-    pThis->m_u4Left = 1;
-    return reinterpret_cast<void*>(static_cast<uintptr_t>(u4Result));
+    if (u8Due > u8NowUs + u8EarlyUs) {
+        return u8Due;
+    }
+    uint32_t u4Waiting = 0;
+    if (NyEventSetForWaiters(m_hConnected, COMM_HEARTBEAT_MAX_WAKES, &u4Waiting) != 0) {
+        m_bBeaten = false;
+        return 0;
+    }
+    Beaten(u4Waiting);
+    if (m_pGuard != nullptr && m_pGuard->WipePending()) {
+        m_pGuard->TryWipe();
+    }
+    // An earlier beat asked for meanwhile (BeatFast) stands.
+    uint64_t u8Next = u8NowUs + NextPeriodMs() * 1000;
+    uint64_t u8Planned = u8Due;
+    if (!m_u8NextBeatUs.compare_exchange_strong(u8Planned, u8Next)) {
+        u8Next = std::min(u8Next, u8Planned);
+        m_u8NextBeatUs.store(u8Next);
+    }
+    return u8Next;
 }

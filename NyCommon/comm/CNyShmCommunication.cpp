@@ -166,7 +166,12 @@ uint32_t CNyShmCommunication::OpenObjects(uint32_t u4Global, BlkCommShmInfoTag* 
 }
 
 void CNyShmCommunication::DestroyRecord(BlkCommShmInfoTag* pInfo) {
-    delete pInfo->pHeartBeat;  // ends the thread before the event it sets is closed
+    // A client still reading the last answer gets it (beats go on meanwhile, for a client that
+    // waits for one before it reads).
+    if (pInfo->pAnswerGuard != nullptr) {
+        pInfo->pAnswerGuard->WaitUntilTaken(COMM_LIVENESS_MS);
+    }
+    delete pInfo->pHeartBeat;  // no longer beaten before the event it sets is closed
     if (pInfo->pAnswerGuard != nullptr) {
         // The last answer (it may hold PINs) does not outlive the server's use of the region.
         pInfo->pAnswerGuard->WipeRegion();
@@ -332,7 +337,7 @@ uint32_t CNyShmCommunication::ConnectNew(const BlkCommInitParamTag& blkParam, ui
     return 0;
 }
 
-// The server's own channel is asked through its heartbeat thread: waiting on the event here
+// The server's own channel is asked through its heartbeat: waiting on the event here
 // would take a beat that a client is waiting for.
 uint32_t CNyShmCommunication::WaitForHeartBeat(const BlkCommShmInfoTag& blkInfo,
                                                uint32_t u4TimeoutMs) {

@@ -349,13 +349,13 @@ TEST(SessionLifecycleTest, ClientKilledMidRequestLeavesNoAnswerToOthersAndNoOrph
     }
     // Every session ends with its client, but for those whose client id is still part of a live
     // process's id (ids wrap round quickly on a busy machine): each of those keeps its session
-    // thread and its channel's heartbeat.
+    // thread.
     size_t cKept = 0;
     EXPECT_TRUE(NyTestWaitUntil(
         [&]() {
             cKept = std::count_if(vClients.begin(), vClients.end(),
                                   [](pid_t pid) { return IsClientProcessAlive(pid); });
-            return ThreadCount(server.Pid()) == cIdleThreads + 2 * cKept;
+            return ThreadCount(server.Pid()) == cIdleThreads + cKept;
         },
         5000))
         << ThreadCount(server.Pid()) << " threads, " << cIdleThreads << " when idle, " << cKept
